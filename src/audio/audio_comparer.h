@@ -1,0 +1,53 @@
+// The audio engine of one worker: makes a file's keys and prints unless the store has them fresh,
+// files them, and compares the file with every earlier file of the scan. One object belongs to one
+// worker thread; the store, the ignore list, the settings and the sink are shared.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "audio/audio_settings.h"
+#include "audio/audio_store.h"
+#include "audio/pair_sink.h"
+#include "audio/precise.h"
+#include "audio/sound_print.h"
+#include "decoding/audio_decoder.h"
+#include "storage/ignore_list.h"
+
+namespace quill {
+
+class CAudioComparer {
+ public:
+  // Parts of an entry, as bits of a request.
+  enum Request : uint32_t { kInfo = 1, kSpectrum = 2, kBark = 4, kCorrelogram = 8, kKeys = 16 };
+
+  // All must outlive the comparer.
+  CAudioComparer(CAudioDecoder& decoder, CAudioStore& store, const CIgnoreList& ignores,
+                 const AudioSettings& settings, CAudioPairSink& sink);
+
+  // True when the file is finished and counts; false when nothing is to be done, when a step failed
+  // or when the file is none of ours (the ordinary case: no report).
+  [[nodiscard]] bool AddFile(const std::string& path, uint8_t group);
+
+  // True when the file has joined the present scan now, with all parts of `request` that it can
+  // have. The decoder is opened only if something is missing.
+  [[nodiscard]] bool PrepareFile(const std::string& path, uint8_t group, uint32_t request);
+  // Walks all files of lower ordinal and reports the pairs. False when the path is unknown or a
+  // step failed; pairs reported before stay.
+  [[nodiscard]] bool CompareFile(const std::string& path);
+
+ private:
+  CAudioDecoder& m_decoder;
+  CAudioStore& m_store;
+  const CIgnoreList& m_ignores;
+  const AudioSettings& m_settings;
+  CAudioPairSink& m_sink;
+  CSoundPrint m_sound;
+  BarkData m_target;     // of the walk in hand
+  BarkData m_candidate;  // overwritten from pair to pair
+};
+
+// The content score of two long files: 0 to 1; -1 when a spectrum has not 2048 values.
+[[nodiscard]] float ContentScore(const SpectrumPrint& target, const SpectrumPrint& candidate);
+
+}  // namespace quill

@@ -1,0 +1,56 @@
+// The columns of the three result tables, numbered once for all: sort settings are stored by these
+// numbers, and a column's identifier text resolves to them.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace quill {
+
+enum class FieldId : int32_t {
+  kNone = -1,
+  kFile = 0,
+  kPairs,
+  kFolder,
+  kFilename,
+  kContent,
+  kTags,
+  kPrecise,
+  kExperimental,
+  kArtist,
+  kTitle,
+  kAlbum,
+  kSize,
+  kFormat,
+  kGroup,
+  kResolution,
+  kDuration,
+  kBitrate,
+  kRating,
+  kSampleRate,
+  kChannels,
+  kClipping,
+  kSilence,
+  kAbsMean,
+  kMinStep,
+  kAbsMax,
+  kMaxFreq,
+  kClicks,
+  kSpectrogram,
+};
+
+// By identifier ("file", "pairs", …); kNone for any other.
+[[nodiscard]] FieldId FieldIdOf(std::string_view identifier);
+[[nodiscard]] const char* FieldIdentifier(FieldId field);
+
+// Sort state as the settings store it: column + 1 for ascending, the bit complement of the column
+// for descending.
+struct SortState {
+  FieldId column = FieldId::kFile;
+  bool ascending = true;
+
+  [[nodiscard]] static SortState Decode(int32_t stored);
+  [[nodiscard]] int32_t Encode() const;
+};
+
+}  // namespace quill

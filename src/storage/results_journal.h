@@ -1,0 +1,134 @@
+// Results files: those that the user saves and opens, and the autosave file, which is the same
+// format kept open with each change of a result appended. The file is a log and not a snapshot:
+// removal and change records act on what earlier records built. Appends go through a mapped window,
+// so what is appended survives a crash of the program; a 0 byte behind the last record is the end
+// marker, overwritten by the next type byte. Layout in docs/results-format.md.
+//
+// Main thread only, no lock. Strings of 65536 bytes or more are not written.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "storage/file_map.h"
+
+namespace quill {
+
+class CResultsJournal;
+
+struct AudioItemRecord {
+  std::string path, artist, title, album;
+  uint64_t size = 0;  // bytes
+  uint32_t durationMs = 0;
+  uint32_t bitrate = 0;  // bits per second
+  uint16_t format = 0;   // format code
+  uint8_t group = 0;     // folder group
+};
+
+struct ImageItemRecord {
+  std::string path;
+  uint64_t size = 0;  // bytes
+  uint32_t width = 0, height = 0;
+  uint8_t format = 0, bits = 0;
+  uint8_t group = 0;  // folder group
+};
+
+struct AnalysisItemRecord {
+  std::string path, artist, album, title;
+  uint64_t size = 0;  // bytes
+  uint32_t durationMs = 0, bitrate = 0, sampleRate = 0;
+  uint8_t dataFormat = 0, channels = 0;
+  uint16_t format = 0;
+  // clipping, silence, absmean, minstep, absmax, maxfreq, clicks
+  std::array<float, 7> measures{};
+  std::array<uint8_t, 32> averageSpectrum{}, peakSpectrum{};
+};
+
+// The tables as the journal sees them. A Bulk call that fails has reported itself and does not stop
+// a load. RebuildRows ends a load; WriteResults appends every item, then every pair once.
+class CResultsTable {
+ public:
+  virtual ~CResultsTable() = default;
+  virtual void RebuildRows() = 0;
+  [[nodiscard]] virtual bool WriteResults(CResultsJournal& journal) = 0;
+};
+
+class CAudioResultsTable : public CResultsTable {
+ public:
+  virtual bool BulkAdd(const AudioItemRecord& item) = 0;
+  virtual bool BulkAdd(std::string_view first, std::string_view second, float tags, float content,
+                       float precise) = 0;
+  virtual bool BulkRemove(std::string_view first, std::string_view second) = 0;
+  virtual bool BulkChange(std::string_view oldPath, std::string_view newPath,
+                          std::string_view artist, std::string_view album,
+                          std::string_view title) = 0;
+};
+
+class CImageResultsTable : public CResultsTable {
+ public:
+  virtual bool BulkAdd(const ImageItemRecord& item) = 0;
+  virtual bool BulkAdd(std::string_view first, std::string_view second, float content,
+                       float experimental) = 0;
+  virtual bool BulkRemove(std::string_view first, std::string_view second) = 0;
+  virtual bool BulkChange(std::string_view oldPath, std::string_view newPath) = 0;
+};
+
+class CAnalysisResultsTable : public CResultsTable {
+ public:
+  virtual bool BulkAdd(const AnalysisItemRecord& item) = 0;
+  virtual bool BulkRemove(std::string_view path) = 0;
+  virtual bool BulkChange(std::string_view oldPath, std::string_view newPath,
+                          std::string_view artist, std::string_view album,
+                          std::string_view title) = 0;
+};
+
+class CResultsJournal {
+ public:
+  // The tables must outlive the journal. Null for a table that is not kept: its records are read
+  // and dropped.
+  CResultsJournal(CAudioResultsTable* audio, CImageResultsTable* image,
+                  CAnalysisResultsTable* analysis);
+  // Cuts the file to its write position.
+  ~CResultsJournal();
+  CResultsJournal(const CResultsJournal&) = delete;
+  CResultsJournal& operator=(const CResultsJournal&) = delete;
+
+  // Creates a missing file; an unknown file at this path is wiped and treated as new.
+  [[nodiscard]] bool OpenForWriting(const std::string& path);
+  [[nodiscard]] bool OpenForReading(const std::string& path);
+  // Reads all records into the tables, up to the end or the first damage, and rebuilds their rows.
+  // False only for a file that is none of ours.
+  [[nodiscard]] bool Load();
+  // Empties the file and writes the present contents of the tables.
+  [[nodiscard]] bool Rebuild();
+  // Empties the file: the magic and the end marker stay.
+  void Reset();
+
+  // Each appends one record. A full disk skips the store and moves on.
+  void AddAudioItem(const AudioItemRecord& item);
+  void AddAudioPair(std::string_view first, std::string_view second, float tags, float content,
+                    float precise);
+  void AddImageItem(const ImageItemRecord& item);
+  void AddImagePair(std::string_view first, std::string_view second, float content,
+                    float experimental);
+  void AddAnalysisItem(const AnalysisItemRecord& item);
+  void RemoveAudioPair(std::string_view first, std::string_view second);
+  void RemoveImagePair(std::string_view first, std::string_view second);
+  void RemoveAnalysisItem(std::string_view path);
+  void ChangeAudioItem(std::string_view oldPath, std::string_view newPath, std::string_view artist,
+                       std::string_view album, std::string_view title);
+  void ChangeImageItem(std::string_view oldPath, std::string_view newPath);
+  void ChangeAnalysisItem(std::string_view oldPath, std::string_view newPath,
+                          std::string_view artist, std::string_view album, std::string_view title);
+
+ private:
+  CAudioResultsTable* const m_audio;
+  CImageResultsTable* const m_image;
+  CAnalysisResultsTable* const m_analysis;
+  CFileMap m_map;
+  uint32_t m_position = 0;  // offset of the next byte to read or write
+};
+
+}  // namespace quill
