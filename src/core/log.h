@@ -60,6 +60,7 @@ class CLog {
 
 // One line of the log, from construction to destruction; holds the log's mutex all the while, so it
 // must end before the same thread begins another. With `sanitize`, TAB, LF and CR become blanks.
+// Leaves errno as it found it, so that the log's own system calls never show up in a report.
 class SCOPED_CAPABILITY CLogLine {
  public:
   explicit CLogLine(CLog& log = CLog::Instance(), bool sanitize = true) ACQUIRE(log.m_sync);
@@ -74,6 +75,7 @@ class SCOPED_CAPABILITY CLogLine {
  private:
   CLog& m_log;
   const bool m_sanitize;
+  const int32_t m_errno;  // of the caller
 };
 
 }  // namespace quill
