@@ -2,9 +2,12 @@
 // setting of its own: each call goes to the store that the program's start put in. Reads happen on
 // the main thread; engines get their settings pushed, so no worker reads here during a scan.
 // Nothing fails loudly: an unreadable value reads as its type's zero, a missing list is empty.
+// Numbers and booleans are also read from their text ("0.75", "true"), which is all that some
+// stores keep; a stored true reads as 1.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,6 +52,9 @@ class CConfiguration {
   [[nodiscard]] std::string LogsPath(const char* fileName = nullptr) const;
 
  private:
+  [[nodiscard]] std::optional<CSettingValue> Get(std::string_view key) const;
+  void Set(std::string_view key, const CSettingValue& value);
+
   CSettingsStore* m_store = nullptr;  // constant after the program's start
   std::string m_supportFolder;        // constant after the program's start
   std::string m_logsFolder;           // constant after the program's start
