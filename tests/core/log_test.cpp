@@ -1,0 +1,251 @@
+#include "core/log.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+#include "core/system_error.h"
+#include "support/temp_folder.h"
+
+namespace quill {
+namespace {
+
+using test::CTempFolder;
+using test::ReadAll;
+
+constexpr std::time_t kMarch8 = 1772971200;  // 2026-03-08 12:00:00 UTC
+constexpr std::time_t kDay = 86400;
+constexpr size_t kStamp = 20;
+constexpr size_t kBlock = 65536;
+
+std::atomic<std::time_t> g_now{kMarch8};
+std::time_t Now() {
+  return g_now;
+}
+
+// What the log holds at present, without the zeros that lie behind the text while it is open.
+std::string TextOf(const std::string& path) {
+  std::string text = ReadAll(path);
+  text.erase(text.find_last_not_of('\0') + 1);
+  return text;
+}
+
+std::string Line(const std::string& text) {
+  return "2026-03-08 12:00:00\t" + text + "\r\n";
+}
+
+class LogTest : public testing::Test {
+ protected:
+  LogTest() { g_now = kMarch8; }
+
+  CTempFolder m_folder;
+  const std::string m_file = m_folder / "2026-03-08.log";
+};
+
+TEST_F(LogTest, RestartOnTheSameDayGoesOnBehindTheText) {
+  for (const bool crash : {false, true}) {
+    for (const size_t length :
+         {size_t{100}, kBlock - 1, kBlock, kBlock + 1, 2 * kBlock, 2 * kBlock + 7}) {
+      SCOPED_TRACE(testing::Message() << "crash " << crash << ", length " << length);
+      const CTempFolder folder;
+      const std::string file = folder / "2026-03-08.log";
+      const std::string text(length - kStamp - 2, 'x');
+      const pid_t child = fork();
+      if (child == 0) {
+        {
+          CLog log(&Now);
+          log.SetFolder(folder.Path());
+          log.Line(text);
+          if (crash) _exit(0);
+        }
+        _exit(0);
+      }
+      waitpid(child, nullptr, 0);
+      const size_t blocks = (length + kBlock - 1) / kBlock;
+      ASSERT_EQ(std::filesystem::file_size(file), crash ? blocks * kBlock : length);
+
+      {
+        CLog log(&Now);
+        log.SetFolder(folder.Path());
+        log.Line("after");
+      }
+      EXPECT_TRUE(ReadAll(file) == Line(text) + Line("after"));
+    }
+  }
+}
+
+TEST_F(LogTest, ChangeOfTheDayOfMonthSwitchesTheFile) {
+  CLog log(&Now);
+  log.SetFolder(m_folder.Path() + "/");
+  g_now = kMarch8 + kDay / 2 - 1;
+  log.Line("before midnight");
+  g_now = kMarch8 + kDay / 2;
+  log.Line("after midnight");
+  EXPECT_EQ(ReadAll(m_file), "2026-03-08 23:59:59\tbefore midnight\r\n");
+  EXPECT_EQ(TextOf(m_folder / "2026-03-09.log"), "2026-03-09 00:00:00\tafter midnight\r\n");
+
+  // The day of the month alone decides.
+  g_now = kMarch8 + kDay / 2 + 31 * kDay;
+  log.Line("a month later");
+  EXPECT_EQ(TextOf(m_folder / "2026-03-09.log"),
+            "2026-03-09 00:00:00\tafter midnight\r\n2026-04-09 00:00:00\ta month later\r\n");
+  EXPECT_FALSE(std::filesystem::exists(m_folder / "2026-04-09.log"));
+}
+
+TEST_F(LogTest, SanitizedTextStaysOneLine) {
+  CLog log(&Now);
+  log.SetFolder(m_folder.Path());
+  std::string expected;
+  for (const size_t length : {1, 2047, 2048, 2049, 4096, 4097}) {
+    std::string text(length, 'a');
+    std::string clean = text;
+    // Around each border of the blocks, where a break could slip through.
+    for (const size_t at : {0, 2046, 2047, 2048, 2049, 4095, 4096}) {
+      if (at >= length) continue;
+      text[at] = "\t\n\r"[at % 3];
+      clean[at] = ' ';
+    }
+    log.Line(text);
+    expected += Line(clean);
+  }
+  { CLogLine(log, false).Append("one\ttwo\nthree").Append(static_cast<const char*>(nullptr)); }
+  expected += Line("one\ttwo\nthree");
+  EXPECT_TRUE(TextOf(m_file) == expected);
+}
+
+TEST_F(LogTest, MissingFolderLosesTheTextOnly) {
+  CLog log(&Now);
+  log.SetFolder(m_folder / "absent/logs");
+  log.Line("lost");
+  std::filesystem::create_directory(m_folder / "absent");
+  const mode_t mask = umask(0);
+  log.Line("kept");
+  umask(mask);
+  EXPECT_EQ(TextOf(m_folder / "absent/logs/2026-03-08.log"), Line("kept"));
+  struct stat status {};
+  stat((m_folder / "absent/logs").c_str(), &status);
+  EXPECT_EQ(status.st_mode & 07777, 0777u);
+  stat((m_folder / "absent/logs/2026-03-08.log").c_str(), &status);
+  EXPECT_EQ(status.st_mode & 07777, 0664u);
+
+  log.SetFolder(m_folder.Path());
+  log.Line("moved");
+  EXPECT_EQ(ReadAll(m_folder / "absent/logs/2026-03-08.log"), Line("kept"));
+  EXPECT_EQ(TextOf(m_file), Line("moved"));
+}
+
+TEST_F(LogTest, FileThatCannotGrowLosesTextUntilItCan) {
+  rlimit old{};
+  getrlimit(RLIMIT_FSIZE, &old);
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  CLog log(&Now);
+  log.SetFolder(m_folder.Path());
+  const rlimit small{kBlock, old.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &small);
+  std::string expected;
+  for (int i = 0; i < 100; ++i) {
+    const std::string text(1000, static_cast<char>('A' + i % 26));
+    log.Line(text);
+    expected += Line(text);
+  }
+  setrlimit(RLIMIT_FSIZE, &old);
+  std::signal(SIGXFSZ, handler);
+
+  expected.resize(kBlock);
+  EXPECT_TRUE(ReadAll(m_file) == expected);
+  log.Line("room again");
+  EXPECT_TRUE(TextOf(m_file) == expected + Line("room again"));
+}
+
+TEST_F(LogTest, LinesOfManyThreadsNeverMix) {
+  constexpr int kThreads = 8;
+  constexpr int kLines = 400;
+  {
+    CLog log(&Now);
+    log.SetFolder(m_folder.Path());
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+      threads.emplace_back([&log, t] {
+        for (int i = 0; i < kLines; ++i) {
+          CLogLine line(log);
+          line.AppendInteger(t).Append(" ").AppendInteger(i).Append(" ");
+          line.Append(std::string(static_cast<size_t>(i % 97), static_cast<char>('a' + t)));
+        }
+      });
+    }
+    for (auto& thread : threads) thread.join();
+  }
+  std::istringstream text(ReadAll(m_file));
+  int next[kThreads] = {};
+  int count = 0;
+  for (std::string line; std::getline(text, line); ++count) {
+    ASSERT_GT(line.size(), kStamp);
+    int t = -1;
+    int i = -1;
+    ASSERT_EQ(std::sscanf(line.c_str() + kStamp, "%d %d", &t, &i), 2);
+    ASSERT_EQ(next[t]++, i);
+    const std::string tail(static_cast<size_t>(i % 97), static_cast<char>('a' + t));
+    ASSERT_EQ(line, "2026-03-08 12:00:00\t" + std::to_string(t) + " " + std::to_string(i) + " " +
+                        tail + "\r");
+  }
+  EXPECT_EQ(count, kThreads * kLines);
+}
+
+// The reports go to the log of the process: the texts behind the time stamps.
+std::vector<std::string> LinesOfProcessLog(const CTempFolder& folder) {
+  CLog::Instance().SetFolder("/");  // closes the file
+  std::vector<std::string> lines;
+  for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) {
+    std::istringstream text(ReadAll(entry.path()));
+    for (std::string line; std::getline(text, line);) {
+      EXPECT_TRUE(line.ends_with('\r'));
+      lines.push_back(line.substr(kStamp, line.size() - kStamp - 1));
+    }
+  }
+  return lines;
+}
+
+TEST(SystemErrorTest, ReportIsHintAndFact) {
+  const CTempFolder folder;
+  CLog::Instance().SetFolder(folder.Path());
+  errno = ENOENT;
+  EXPECT_FALSE(CSystemError::Bool("Open", 104, false));
+  EXPECT_EQ(errno, ENOENT);
+  errno = 0;
+  EXPECT_TRUE(CSystemError::Bool("a\nb\tc", 1, true));
+  CSystemError::Plain(nullptr, 7);
+  EXPECT_EQ(CSystemError::Integer("Size", -3, INT32_MIN), INT32_MIN);
+  EXPECT_EQ(CSystemError::Float("Draw", 9, -0.5f), -0.5f);
+  errno = 0;
+  EXPECT_EQ(LinesOfProcessLog(folder),
+            (std::vector<std::string>{"System error [2]: No such file or directory",
+                                      "Open:104 failed [false]", "a b c:1 failed [true]",
+                                      "UNKNOWN:7 failed []", "Size:-3 failed [-2147483648]",
+                                      "Draw:9 failed [-0.500000]"}));
+}
+
+TEST(SystemErrorTest, CallsOfTheLogItselfGiveNoHint) {
+  const CTempFolder folder;
+  CLog::Instance().SetFolder(folder.Path());
+  errno = 0;
+  // The folder exists, so the first line's mkdir fails.
+  CSystemError::Plain("First", 1);
+  CLog::Instance().SetFolder(folder / "absent/logs");
+  CSystemError::Plain("Lost", 2);
+  CLog::Instance().SetFolder(folder.Path());
+  CSystemError::Plain("Second", 3);
+  EXPECT_EQ(LinesOfProcessLog(folder),
+            (std::vector<std::string>{"First:1 failed []", "Second:3 failed []"}));
+}
+
+}  // namespace
+}  // namespace quill
