@@ -29,6 +29,9 @@ class CRobustBase {
     uintptr_t left;
     uintptr_t right;
   };
+  static constexpr uintptr_t kThread = 2;
+  static constexpr uintptr_t kTall = 1;
+  static constexpr uintptr_t kTags = 3;
 
   CRobustBase(const CRobustBase&) = delete;
   CRobustBase& operator=(const CRobustBase&) = delete;
@@ -41,9 +44,6 @@ class CRobustBase {
   [[nodiscard]] uint32_t Adder() const { return m_adder; }
 
  protected:
-  static constexpr uintptr_t kThread = 2;
-  static constexpr uintptr_t kTall = 1;
-  static constexpr uintptr_t kTags = 3;
   static constexpr size_t kPathLength = 96;  // far above the height of any tree that fits in memory
 
   // A primary index.
@@ -57,32 +57,55 @@ class CRobustBase {
 
   [[nodiscard]] Node* NodeOf(const void* item) const;
   [[nodiscard]] void* ItemOf(const Node* node) const;
+  // The node on that side, or null where the link is a thread or empty.
+  [[nodiscard]] static Node* Child(uintptr_t link) {
+    return link & kThread ? nullptr : reinterpret_cast<Node*>(link & ~kTags);
+  }
   // Links `node` below path[depth - 1]; entries are node addresses with the direction in bit 0
   // (0 left, 1 right). Rebalances upward.
-  void LinkNode(Node* node, uintptr_t* path, size_t depth);
+  void LinkNode(Node* node, const uintptr_t* path, size_t depth);
   // Takes `node` out of this index; reads no key.
   void UnlinkNode(Node* node);
   // Next item in order, or null; with null the first.
   [[nodiscard]] void* NextItem(const void* item) const;
+
+  // The chain as a whole: bytes of a block before its item, every index told of a block, every
+  // index emptied.
+  [[nodiscard]] size_t PrefixBytes() const { return m_first->m_adder * sizeof(Node); }
+  void LinkIntoChain(void* item);
+  void UnlinkFromChain(void* item);
+  void ForgetChain();
+  // Takes a secondary index out of the chain. The room for its nodes stays in the blocks.
+  void LeaveChain();
 
   Node* m_root = nullptr;
   uint32_t m_adder = 1;
   CRobustBase* m_first;           // owner of the items; itself in a primary index
   CRobustBase* m_next = nullptr;  // next index of the chain
   uint32_t m_count = 0;           // kept in the first index only
+
+ private:
+  // The node before (`right` false) or behind the subtree of `node`, or null.
+  [[nodiscard]] static Node* Neighbour(const Node* node, bool right);
+  // Fills `path` from the root down to the parent of `node`, without a key; gives its length.
+  size_t FindPath(Node* node, uintptr_t* path) const;
+  // Puts `subtree` where path[depth - 1] leads to, or at the root; the balance there stays.
+  void Attach(Node* subtree, const uintptr_t* path, size_t depth);
+  void RebalanceShrunk(const uintptr_t* path, size_t depth);
 };
 
-// The plain allocator. A block with a low address bit set would lose its tags: it is freed at once
-// and counts as a failed allocation.
+// The plain allocator: null when memory is short.
 struct Allocator_Standart {
-  static void* Allocate(size_t bytes);
-  static void Free(void* block);
+  static void* Allocate(size_t bytes) { return std::malloc(bytes); }
+  static void Free(void* block) { std::free(block); }
 };
 
 // `Comparator` is stateless and gives `int Compare(key, item)` for each key form in use, the item
 // itself among them (for Add): negative, 0 or positive as the key is before, equal or behind.
 template <class Item, class Comparator, class Allocator = Allocator_Standart>
 class CRobustTree : public CRobustBase {
+  static_assert(alignof(Item) <= sizeof(Node), "the item stands behind whole nodes");
+
  public:
   CRobustTree() = default;
   // A secondary index over the items of `first`; it must be destroyed before `first`, and then
@@ -91,7 +114,8 @@ class CRobustTree : public CRobustBase {
   ~CRobustTree() override;
 
   // Copies (or moves) the item into a new block and links it into every index of the chain. Equal
-  // keys are allowed and land behind older ones. Null when memory is short, with nothing changed.
+  // keys are allowed and land behind older ones. Null when memory is short, with nothing changed;
+  // a block with a low address bit set would lose its tags, and counts as memory short.
   Item* Add(Item item);
   // The first item in order that compares equal to the key, else null.
   template <class... Key>
@@ -107,7 +131,7 @@ class CRobustTree : public CRobustBase {
   // Takes the item out of this index only and links it in again by its comparator, after its key
   // has changed. Allocates nothing; other indices of the chain stay as they are.
   void Reposition(Item* item);
-  // Destroys all items. Only for a primary index.
+  // Destroys all items. Does nothing in a secondary index, which owns none.
   void Clear();
 
  protected:
