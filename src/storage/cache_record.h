@@ -43,7 +43,7 @@ class CCacheRecord {
 };
 
 // A bounded cursor over the payload of one record. A read past the end fails and leaves the output
-// as it was.
+// and the cursor as they were.
 class CCacheReader {
  public:
   explicit CCacheReader(std::span<const uint8_t> payload) : m_rest(payload) {}
@@ -60,6 +60,9 @@ class CCacheReader {
   [[nodiscard]] bool GetByteVector(std::span<const uint8_t>* values);
 
  private:
+  // A 16-bit count and the bytes of that many elements behind it.
+  [[nodiscard]] bool GetCounted(size_t elementSize, std::span<const uint8_t>* bytes);
+
   std::span<const uint8_t> m_rest;
 };
 

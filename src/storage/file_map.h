@@ -20,12 +20,21 @@ class CFileMap {
   CFileMap(const CFileMap&) = delete;
   CFileMap& operator=(const CFileMap&) = delete;
 
-  // Closes whatever is open. Without `readOnly` a missing file is created with octal 644.
+  // Closes whatever is open. Without `readOnly` a missing file is created with octal 644. Fails
+  // after a report, also on a file of 4 GiB or more.
   [[nodiscard]] bool Open(const std::string& path, bool readOnly);
   [[nodiscard]] bool IsOpen() const { return m_file != -1; }
   // A pointer to `length` bytes at `offset`, valid until the next Map, SetEnd or Close, or null
   // after a report. In a writable file any mapped range counts as written and raises Size().
-  [[nodiscard]] uint8_t* Map(uint32_t offset, uint32_t length);
+  [[nodiscard]] uint8_t* Map(uint32_t offset, uint32_t length) {
+    const uint64_t end = uint64_t{offset} + length;
+    if (m_data == nullptr || offset < m_windowOffset ||
+        end > uint64_t{m_windowOffset} + m_windowLength)
+      return MapWindow(offset, end);
+    // A window ends below 4 GiB, and a read-only one at m_size.
+    if (end > m_size) m_size = static_cast<uint32_t>(end);
+    return m_data + (offset - m_windowOffset);
+  }
   // Cuts or extends the content to `length`. Fails with a report on a read-only or closed file.
   [[nodiscard]] bool SetEnd(uint32_t length);
   // The logical size of the content: the high-water mark of all Map calls.
@@ -33,6 +42,10 @@ class CFileMap {
   void Close();
 
  private:
+  // Moves the window so that it holds the range, growing a writable file first.
+  [[nodiscard]] uint8_t* MapWindow(uint32_t offset, uint64_t end);
+  // Makes sure that each byte of the range has a block on the disk; else cuts the file back.
+  [[nodiscard]] bool Reserve(uint32_t offset, uint32_t end);
   void Unmap();
 
   int32_t m_file = -1;
