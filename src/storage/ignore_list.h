@@ -16,6 +16,8 @@ class CIgnoreList {
  public:
   // A missing file gives false: on the first start that is the normal case.
   [[nodiscard]] bool LoadIgnores(const std::string& path);
+  // Writes beside `path` and renames over it, so that a failed save (reported) leaves the list of
+  // the last one.
   [[nodiscard]] bool SaveIgnores(const std::string& path) const;
 
   // True if the entry is new. False with no report when it exists (a pair in either order), false

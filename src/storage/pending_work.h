@@ -4,7 +4,10 @@
 // docs/results-format.md.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
+#include <list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -21,14 +24,14 @@ class CPendingWorkStore {
  public:
   static constexpr uint32_t kReserved = 2048;  // bytes in front of the stream
 
-  // Creates the file at first use, kReserved bytes long when new.
-  [[nodiscard]] bool Open(const std::string& path);
+  // Creates the file at first use, kReserved bytes long when new. False after a report, as below.
+  [[nodiscard]] bool Open(const std::string& path) EXCLUDES(m_sync);
   // Offsets are those of the stream. Null data with a length is an error.
-  [[nodiscard]] bool Write(uint32_t offset, const uint8_t* data, uint32_t length);
+  [[nodiscard]] bool Write(uint32_t offset, const uint8_t* data, uint32_t length) EXCLUDES(m_sync);
   // With `got`: up to `length` bytes, 0 past the end, no error. Without: fails past the end.
   [[nodiscard]] bool Read(uint32_t offset, uint8_t* buffer, uint32_t length,
-                          uint32_t* got = nullptr);
-  [[nodiscard]] bool SetEnd(uint32_t length);
+                          uint32_t* got = nullptr) EXCLUDES(m_sync);
+  [[nodiscard]] bool SetEnd(uint32_t length) EXCLUDES(m_sync);
 
  private:
   CSync m_sync;
@@ -70,6 +73,7 @@ class CSerializer {
               CPendingWorkState* image);
 
   // Rewinds the stream, shuts the pool down into it, adds the engines' scan state and flushes.
+  // False after a report when an engine fails or the store refuses; what was written before stands.
   [[nodiscard]] bool InnerProcess();
 
   // One record each. False when the store refused the bytes.
@@ -87,6 +91,7 @@ class CSerializer {
       EXCLUDES(m_sync);
   bool Put(const void* bytes, size_t length) REQUIRES(m_sync);
   bool Flush() REQUIRES(m_sync);
+  bool Rewind() EXCLUDES(m_sync);
 
   CPendingWorkStore& m_store;
   CPendingWorkPool& m_pool;
@@ -96,6 +101,7 @@ class CSerializer {
   std::unique_ptr<uint8_t[]> m_buffer GUARDED_BY(m_sync);
   uint32_t m_cursor GUARDED_BY(m_sync) = 0;        // write place in the buffer
   uint32_t m_streamOffset GUARDED_BY(m_sync) = 0;  // of the buffer's start
+  bool m_failed GUARDED_BY(m_sync) = false;        // the store refused; the stream ends before it
 };
 
 // The reader. Main thread, before any scan can start.
@@ -110,7 +116,16 @@ class CSerializerReader {
 
  private:
   static constexpr uint32_t kBuffer = 65536;
+  struct Request {
+    uint32_t kind = 0;
+    std::string path;
+    uint8_t firstFlag = 0;
+    uint8_t secondFlag = 0;
+  };
 
+  // Reads one record behind its type byte; marks act at once, a request joins `requests`. False
+  // ends the reading.
+  [[nodiscard]] bool ReadRecord(uint8_t type, std::list<Request>& requests);
   [[nodiscard]] bool Get(void* bytes, size_t length);
   [[nodiscard]] bool GetString(std::string* text);
   [[nodiscard]] bool Reload();

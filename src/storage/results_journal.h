@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "storage/file_map.h"
 
@@ -95,13 +96,16 @@ class CResultsJournal {
   CResultsJournal(const CResultsJournal&) = delete;
   CResultsJournal& operator=(const CResultsJournal&) = delete;
 
-  // Creates a missing file; an unknown file at this path is wiped and treated as new.
+  // Creates a missing file; an unknown file at this path is wiped and treated as new. A file that
+  // cannot be looked into (full disk, short memory) is left alone and fails after a report.
   [[nodiscard]] bool OpenForWriting(const std::string& path);
   [[nodiscard]] bool OpenForReading(const std::string& path);
   // Reads all records into the tables, up to the end or the first damage, and rebuilds their rows.
-  // False only for a file that is none of ours.
+  // False only for a file that is none of ours. In a journal open for writing it must come first;
+  // the next append then goes behind the last whole record, over a damaged one.
   [[nodiscard]] bool Load();
-  // Empties the file and writes the present contents of the tables.
+  // Empties the file and writes the present contents of the tables. False after a report when a
+  // table fails or the disk is full.
   [[nodiscard]] bool Rebuild();
   // Empties the file: the magic and the end marker stay.
   void Reset();
@@ -127,7 +131,33 @@ class CResultsJournal {
   CAudioResultsTable* const m_audio;
   CImageResultsTable* const m_image;
   CAnalysisResultsTable* const m_analysis;
+  [[nodiscard]] bool ReadMagic();
+  // Reads one record behind its type byte and hands it over. False ends the load.
+  [[nodiscard]] bool LoadRecord(uint8_t type);
+  // Read all of the fields, in order; false at the first that passes the end.
+  template <class... Field>
+  [[nodiscard]] bool Read(Field&... fields);
+  [[nodiscard]] bool ReadField(std::string& text);
+  template <class Field>
+  requires std::is_trivially_copyable_v<Field>
+  [[nodiscard]] bool ReadField(Field& field);
+  // The next `length` bytes, or null past the end; moves the position behind them.
+  [[nodiscard]] const uint8_t* ReadBytes(uint32_t length);
+
+  // Stores a whole record and the end marker behind it.
+  template <class... Field>
+  void Append(uint8_t type, const Field&... fields);
+  void AppendField(std::string_view text);
+  template <class Field>
+  requires std::is_trivially_copyable_v<Field>
+  void AppendField(const Field& field);
+  // Stores and moves the position, also when there is no room. The position stops below 4 GiB.
+  void AppendBytes(const void* bytes, uint32_t length);
+  void StoreEndMarker();
+
   CFileMap m_map;
+  bool m_writable = false;
+  bool m_complete = true;   // no store has failed since the last Reset
   uint32_t m_position = 0;  // offset of the next byte to read or write
 };
 
