@@ -1,0 +1,70 @@
+#include "signal/real_fft.h"
+
+#include <fftw3.h>
+
+#include <array>
+#include <bit>
+#include <mutex>
+
+#include "core/system_error.h"
+#include "signal/vector_ops.h"
+
+namespace quill {
+
+namespace {
+
+constexpr int kLeastExponent = 5;
+constexpr int kGreatestExponent = 16;
+
+// The planner of FFTW is not re-entrant, the execution of a plan is. Plans live as long as the
+// process. Plans are estimated: measured ones run a tenth faster, but making one of length 4096
+// takes 200 ms.
+const void* PlanFor(int exponent, float* block, float* spectrum) {
+  static std::mutex mutex;
+  static std::array<fftwf_plan, kGreatestExponent + 1> plans{};
+  const std::lock_guard lock(mutex);
+  fftwf_plan& plan = plans[exponent];
+  if (!plan)
+    plan = fftwf_plan_dft_r2c_1d(1 << exponent, block, reinterpret_cast<fftwf_complex*>(spectrum),
+                                 FFTW_ESTIMATE);
+  return plan;
+}
+
+}  // namespace
+
+bool CRealFFT::Init(size_t size) {
+  if (m_size != 0) return CSystemError::Bool("Init", 48, false);
+  const int exponent = std::countr_zero(size);
+  if (!std::has_single_bit(size) || exponent < kLeastExponent || exponent > kGreatestExponent)
+    return CSystemError::Bool("Init", 52, false);
+  const auto n = static_cast<int32_t>(size);
+  m_window.assign(size, 1.0f);
+  m_block.assign(size, 0.0f);
+  m_spectrum.assign(size + 2, 0.0f);
+  if (const VecStatus status = WinHannInPlace(m_window.data(), n)) {
+    CSystemError::Integer("Init", 57, status);
+    return false;
+  }
+  m_plan = PlanFor(exponent, m_block.data(), m_spectrum.data());
+  if (!m_plan) return CSystemError::Bool("Init", 66, false);
+  m_size = size;
+  return true;
+}
+
+bool CRealFFT::Forward(const float* samples, size_t count) {
+  if (m_size == 0 || count != m_size) return false;
+  if (VecMul(samples, m_window.data(), m_block.data(), static_cast<int32_t>(count)) != kVecOk)
+    return false;
+  fftwf_execute_dft_r2c(static_cast<fftwf_plan>(const_cast<void*>(m_plan)), m_block.data(),
+                        reinterpret_cast<fftwf_complex*>(m_spectrum.data()));
+  return true;
+}
+
+const float* CRealFFT::Magnitude() {
+  const auto bins = static_cast<int32_t>(m_size / 2 + 1);
+  if (m_size == 0 || ComplexMagnitude(m_spectrum.data(), m_block.data(), bins) != kVecOk)
+    return nullptr;
+  return m_block.data();
+}
+
+}  // namespace quill

@@ -1,0 +1,16 @@
+// The argument test that every vector operation begins with.
+#pragma once
+
+#include <cstdint>
+
+#include "signal/vector_ops.h"
+
+namespace quill {
+
+template <class... Pointers>
+VecStatus CheckVectors(int32_t n, Pointers... pointers) {
+  if (((pointers == nullptr) || ...)) return kVecNullPointer;
+  return n < 1 ? kVecBadSize : kVecOk;
+}
+
+}  // namespace quill
