@@ -5,8 +5,11 @@
 // mapping) and notices hangs and crashes. Bulk data never go through the pipes.
 //
 // A link owns at most one child and is used by one thread at a time: its owner. Commands are
-// strictly request, then reply. A client does: Reinit, Write…, ReadCmd, Read….
+// strictly request, then reply. A client does: Reinit, Write…, ReadCmd, Read…; SendCommand is the
+// first three with the one retry that an orderly end of the child asks for.
 // Failures give false after a report; nothing throws. The process must ignore SIGPIPE.
+// A stuck child is never signalled: the link lets go of it, and it leaves when it next touches a
+// pipe.
 #pragma once
 
 #include <sys/types.h>
@@ -44,9 +47,15 @@ class CProcessLink {
   [[nodiscard]] bool ReadWord(uint32_t* word) { return Read(word, sizeof *word); }
   // The next command word that is no request of the child's own; those are served on the way.
   [[nodiscard]] bool ReadCmd(uint32_t* word);
+  // Reinit, then `send`, a callable that writes one whole command, reads the first word of its
+  // reply with ReadCmd and tells success. Both once more if the child left in the orderly way.
+  template <class Send>
+  [[nodiscard]] bool SendCommand(const Send& send) {
+    return (Reinit() && send()) || (m_shutdown && Reinit() && send());
+  }
   // Gives a large mapping back after a file is closed; at most 1 MiB stays for the next file.
   [[nodiscard]] bool PurgeMapping();
-  // Lets go of the child without a signal; it leaves when it next touches a pipe. Safe when idle.
+  // Lets go of the child and of the mapping. Safe when idle.
   void Release();
 
   // One line of the log with the link's context behind it. Null is ignored.
@@ -62,7 +71,18 @@ class CProcessLink {
   [[nodiscard]] pid_t ChildId() const { return m_pid; }
 
  private:
+  // The backing file, the pipes and the child.
+  [[nodiscard]] bool Start();
+  [[nodiscard]] bool Handshake();
+  // False when the child hangs: logged and released.
+  [[nodiscard]] bool WaitFor(int32_t descriptor, int16_t events);
+  // After a broken pipe. Always false.
+  bool LoseChild();
+  // Waits for the child's end and logs what it was; an orderly end sets m_shutdown instead.
   void ReapProcess();
+  // Leaves a mapping of size 0 when there is no room.
+  void Resize(uint32_t wanted);
+  void Unmap();
 
   CDecoderTable& m_table;
   const std::string m_program;
