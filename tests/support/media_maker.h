@@ -22,8 +22,9 @@ enum class WavType { kUnsigned8, kSigned16, kSigned24, kSigned32, kFloat32 };
 void WriteWav(const std::string& path, const std::vector<float>& samples, uint32_t sampleRate,
               uint32_t channels, WavType type = WavType::kSigned16);
 
-// Runs ffmpeg on `source` with `options` between input and output ("-b:a 128k -metadata title=A").
-// The format follows from the target's extension. A failed test when ffmpeg fails.
+// Runs ffmpeg on `source` with `options` between input and output ("-b:a 128k -metadata title=A",
+// quoted as for a shell). The format follows from the target's extension. A failed test when ffmpeg
+// fails.
 void Encode(const std::string& source, const std::string& target, const std::string& options = {});
 
 }  // namespace quill::test
