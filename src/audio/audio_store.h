@@ -4,12 +4,16 @@
 // file is compared with all of lower ordinal. Ordinals come from one counter that never goes back.
 //
 // Any thread. One read-write lock over both indexes, held for a look-up or a merge only; snapshots
-// hold references and stay valid when an entry is replaced.
+// hold references and stay valid when an entry is replaced. The index by ordinal is a plain vector:
+// files join a scan in the order of their ordinals and leave it all at once, so it is sorted by
+// itself, and a walk of 100000 files reads memory in one direction and touches only the entries
+// that its gate lets through.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "audio/item_base.h"
 #include "audio/prints.h"
@@ -36,6 +40,15 @@ struct AudioEntry {
   void Merge(const AudioEntry& source);
 };
 
+// What a comparison walk can rule out without a look at the entries themselves.
+struct AudioGate {
+  uint8_t group = 0;        // cuts entries of this folder group, unless 0
+  uint32_t durationMs = 0;  // of the file in hand; 0 switches the duration gate off
+  float ratio = 0;          // shorter / longer must reach this; 0 switches the duration gate off
+
+  [[nodiscard]] bool Cuts(uint8_t otherGroup, uint32_t otherMs) const;
+};
+
 class CAudioStore : public CCacheClient, public CPendingWorkState {
  public:
   // Both must outlive the store.
@@ -55,6 +68,11 @@ class CAudioStore : public CCacheClient, public CPendingWorkState {
   [[nodiscard]] bool FindEntry(std::string_view path, AudioEntry* snapshot) const;
   // The entry with the smallest ordinal above `last`; false when there is none.
   [[nodiscard]] bool NextEntry(uint32_t last, AudioEntry* snapshot) const;
+  // The same for a walk over many: puts snapshots of the next few entries of ordinal above `*last`
+  // and below `end` that `gate` lets through into `found` (perhaps none) and moves `*last` on.
+  // False when the walk is over, with `found` empty.
+  [[nodiscard]] bool NextEntries(const AudioGate& gate, uint32_t end, uint32_t* last,
+                                 std::vector<AudioEntry>* found) const;
   [[nodiscard]] uint32_t EntryCount() const;
   void ClearEntries();
   // Sets group and ordinal of all entries to 0: the engines then see an empty set.
@@ -86,14 +104,17 @@ class CAudioStore : public CCacheClient, public CPendingWorkState {
     }
     static int Compare(const Stored& key, const Stored& entry) { return Compare(key.path, entry); }
   };
-  struct OrdinalOrder {
-    static int Compare(uint32_t ordinal, const Stored& entry) {
-      return ordinal < entry.ordinal ? -1 : ordinal > entry.ordinal;
-    }
-    static int Compare(const Stored& key, const Stored& entry) {
-      return Compare(key.ordinal, entry);
-    }
+  // A file of the present scan; what the gate asks for lies beside the pointer.
+  struct Arrival {
+    uint32_t ordinal;
+    uint32_t durationMs;
+    uint8_t group;
+    Stored* entry;
   };
+
+  void Join(Stored& entry, uint8_t group) REQUIRES(m_lock);
+  // Index of the first arrival of an ordinal above `last`.
+  [[nodiscard]] size_t ArrivalAbove(uint32_t last) const REQUIRES_SHARED(m_lock);
   bool SerializeCache(const std::string& path, const AudioEntry& parts);
   [[nodiscard]] bool DeserializeCache(CCacheReader& reader);
 
@@ -101,7 +122,7 @@ class CAudioStore : public CCacheClient, public CPendingWorkState {
   CScanCounters& m_counters;
   mutable CReadWriteLock m_lock;
   CRobustTree<Stored, PathOrder> m_entries GUARDED_BY(m_lock);
-  CRobustTree<Stored, OrdinalOrder> m_byOrdinal GUARDED_BY(m_lock){&m_entries};
+  std::vector<Arrival> m_byOrdinal GUARDED_BY(m_lock);
   uint32_t m_lastOrdinal GUARDED_BY(m_lock) = 0;
 };
 
