@@ -3,7 +3,9 @@
 // the same offset scores high. Two forms: two long files by their BarkPrints, two short ones by
 // their correlograms. Pure functions of their arguments; one thread an object.
 //
-// The byte series are correlated as integers: products of bytes summed in 32 bits are exact.
+// The byte series are correlated as integers: products of bytes summed in 32 bits are exact, and so
+// are covariance and variance of 300 values, times 300 squared. A flat stretch has a covariance of
+// exactly 0 with anything.
 #pragma once
 
 #include <array>
@@ -14,13 +16,18 @@
 
 namespace quill {
 
-// A BarkPrint made ready for sliding: its series, and per band the means and inverse deviations of
-// each stretch of 300 values. 32 KiB of statistics, so made anew per pair and never stored.
+// Statistics are kept for this many offsets a band: whole vectors, whatever their width.
+inline constexpr int32_t kBarkStatistics = (kBarkOffsets + 15) / 16 * 16;
+
+// A BarkPrint made ready for sliding: its series, and per band the sums and inverse deviations of
+// each stretch of 300 values. 33 KiB of statistics, so made anew per pair and never stored.
 struct BarkData {
   int32_t length = 0;
   const uint8_t* rows = nullptr;  // bands kBarkStride bytes apart; borrowed, must stay alive
-  alignas(64) float means[kBarkBands][kBarkOffsets + 6];
-  alignas(64) float invdev[kBarkBands][kBarkOffsets + 6];
+  alignas(64) int32_t sums[kBarkBands][kBarkStatistics];
+  // 1 / sqrt(variance), the variance at least 1e-6; 0 behind the last stretch, where a product with
+  // it then counts for nothing.
+  alignas(64) float invdev[kBarkBands][kBarkStatistics];
 };
 
 // (M, S) of one sweep: the mean of the 12 bands' own peaks, and the peak of the band-averaged

@@ -1,4 +1,5 @@
-// The sums of vector_ops.h, in double lanes, and the magnitudes of a spectrum.
+// The sums of vector_ops.h, in double lanes, the greatest value, and the magnitudes of a spectrum.
+#include <algorithm>
 #include <cmath>
 
 #include "signal/vector_check.h"
@@ -50,6 +51,20 @@ double SumSquaresAbout(const float* src, size_t n, double centre) {
   });
 }
 
+float Greatest(const float* HWY_RESTRICT src, size_t n) {
+  const hn::ScalableTag<float> d;
+  const size_t lanes = hn::Lanes(d);
+  float greatest = src[0];
+  size_t i = 0;
+  if (n >= lanes) {
+    auto best = hn::LoadU(d, src);
+    for (i = lanes; i + lanes <= n; i += lanes) best = hn::Max(best, hn::LoadU(d, src + i));
+    greatest = hn::GetLane(hn::MaxOfLanes(d, best));
+  }
+  for (; i < n; ++i) greatest = std::max(greatest, src[i]);
+  return greatest;
+}
+
 void Magnitudes(const float* HWY_RESTRICT src, float* HWY_RESTRICT dst, size_t count) {
   const hn::ScalableTag<float> d;
   const size_t lanes = hn::Lanes(d);
@@ -73,6 +88,7 @@ namespace quill {
 HWY_EXPORT(Sum);
 HWY_EXPORT(SumAbsolute);
 HWY_EXPORT(SumSquaresAbout);
+HWY_EXPORT(Greatest);
 HWY_EXPORT(Magnitudes);
 
 VecStatus VecSum(const float* src, int32_t n, float* sum) {
@@ -93,6 +109,12 @@ VecStatus VecMeanDev(const float* src, int32_t n, float* mean, float* deviation)
   const double squares = HWY_DYNAMIC_DISPATCH(SumSquaresAbout)(src, n, centre);
   *mean = static_cast<float>(centre);
   *deviation = n > 1 ? static_cast<float>(std::sqrt(squares / (n - 1))) : 0.0f;
+  return kVecOk;
+}
+
+VecStatus VecMax(const float* src, int32_t n, float* max) {
+  if (const VecStatus status = CheckVectors(n, src, max)) return status;
+  *max = HWY_DYNAMIC_DISPATCH(Greatest)(src, n);
   return kVecOk;
 }
 

@@ -9,7 +9,7 @@ namespace quill {
 
 template <class... Pointers>
 VecStatus CheckVectors(int32_t n, Pointers... pointers) {
-  if (((pointers == nullptr) || ...)) return kVecNullPointer;
+  if ((!pointers || ...)) return kVecNullPointer;
   return n < 1 ? kVecBadSize : kVecOk;
 }
 

@@ -141,11 +141,6 @@ VecStatus VecFloatToBytes(const float* src, uint8_t* dst, int32_t n) {
   return Unary(src, dst, n, ToByte);
 }
 
-VecStatus VecMax(const float* src, int32_t n, float* max) {
-  int32_t index;
-  return VecMaxIndex(src, n, max, &index);
-}
-
 VecStatus VecMaxIndex(const float* src, int32_t n, float* max, int32_t* index) {
   if (const VecStatus status = CheckVectors(n, src, max, index)) return status;
   const float* greatest = std::max_element(src, src + n);
