@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "audio/audio_settings.h"
 #include "audio/audio_store.h"
@@ -37,13 +38,35 @@ class CAudioComparer {
   [[nodiscard]] bool CompareFile(const std::string& path);
 
  private:
+  struct FileInfo {
+    uint64_t size = 0;      // bytes
+    uint32_t modified = 0;  // seconds, low 32 bits
+  };
+  [[nodiscard]] static bool GetFileInfo(const std::string& path, FileInfo* info);
+
+  // Steps of PrepareFile. `known` is null unless the file system has been asked already, `info`
+  // when the decoder had none.
+  [[nodiscard]] bool ReadFile(const std::string& path, const FileInfo* known, uint32_t request,
+                              AudioEntry* parts);
+  [[nodiscard]] static bool MakeItem(const std::string& path, const FileInfo* known,
+                                     const wire::AudioInfo* info, AudioEntry* parts);
+  [[nodiscard]] bool MakePrints(uint32_t request, AudioEntry* parts);
+
+  // False when a step failed; a pair that is cut or not alike is no failure.
+  [[nodiscard]] bool ComparePair(const AudioEntry& target, const AudioEntry& candidate);
+  // Leaves `score` alone where two files have no precise score.
+  [[nodiscard]] bool PreciseScore(const AudioEntry& target, const AudioEntry& candidate,
+                                  float* score);
+
   CAudioDecoder& m_decoder;
   CAudioStore& m_store;
   const CIgnoreList& m_ignores;
   const AudioSettings& m_settings;
   CAudioPairSink& m_sink;
   CSoundPrint m_sound;
-  BarkData m_target;     // of the walk in hand
+  std::vector<AudioEntry> m_found;  // the stretch of the walk in hand
+  bool m_targetReady = false;       // m_target has been made in this walk
+  BarkData m_target;
   BarkData m_candidate;  // overwritten from pair to pair
 };
 

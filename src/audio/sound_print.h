@@ -33,7 +33,7 @@ class CSoundPrint {
   [[nodiscard]] bool CalculateSkeleton(CFloatVector* skeleton) const;
   [[nodiscard]] bool AnalyseSound(BarkPrint* print);
   // Fewer than 6144 samples: false with no report.
-  [[nodiscard]] bool CalculateCorrelogram(CByteVector* values);
+  [[nodiscard]] bool CalculateCorrelogram(CByteVector* values) const;
 
   // `data` holds frames of `frame` magnitudes one behind the other. out[b] gets one Pearson value
   // per frame position between the sums of `block` frames from there and of the `block` behind.
@@ -43,6 +43,10 @@ class CSoundPrint {
   [[nodiscard]] static size_t FindStart(std::span<const float> samples, float meanLevel);
 
  private:
+  [[nodiscard]] bool PrepareFFT();
+  // Scales each run of `run` values to 0 to 1, except flat ones, and makes bytes of all.
+  [[nodiscard]] static bool Compress(CFloatVector* changes, size_t run, CByteVector* bytes);
+
   CFloatVector m_samples;
   CRealFFT m_fft;  // 4096, made at first use
 };

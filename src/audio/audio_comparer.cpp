@@ -1,0 +1,262 @@
+#include "audio/audio_comparer.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <string_view>
+
+#include "audio/likeness.h"
+#include "core/system_error.h"
+#include "signal/correlation.h"
+
+namespace quill {
+namespace {
+
+constexpr float kNoScore = -1;
+constexpr size_t kSpectrumSize = 2048;
+constexpr uint32_t kAnyPrint =
+    CAudioComparer::kSpectrum | CAudioComparer::kBark | CAudioComparer::kCorrelogram;
+constexpr uint32_t kDecoded = CAudioComparer::kInfo | kAnyPrint;
+
+std::string_view Trim(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\n\r";
+  const size_t begin = text.find_first_not_of(kBlanks);
+  if (begin == text.npos) return {};
+  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+template <size_t N>
+std::string_view Field(const char (&field)[N]) {
+  return Trim({field, strnlen(field, N)});
+}
+
+// What of `request` a fresh entry still lacks. The kinds of print exclude each other by the length
+// of the sound, so one of them also answers for those that the file can never have.
+uint32_t Missing(const AudioEntry& entry, uint32_t request) {
+  using C = CAudioComparer;
+  request &= ~uint32_t{C::kInfo};
+  if (entry.keys) request &= ~uint32_t{C::kKeys};
+  if (entry.spectrum) request &= ~uint32_t{C::kSpectrum | C::kCorrelogram};
+  if (entry.bark) request &= ~uint32_t{C::kBark | C::kCorrelogram};
+  if (entry.correlogram) request &= ~kAnyPrint;
+  return request;
+}
+
+bool CutByTags(const AudioSettings& settings, const TagKeys& a, const TagKeys& b) {
+  const auto cut = [&](uint32_t bit, const std::u32string& x, const std::u32string& y,
+                       float least) {
+    return settings.tagGate & bit && !x.empty() && !y.empty() && Likeness(x, y) < least;
+  };
+  return cut(AudioSettings::kArtist, a.artist, b.artist, settings.gateArtist) ||
+         cut(AudioSettings::kAlbum, a.album, b.album, settings.gateAlbum) ||
+         cut(AudioSettings::kTitle, a.title, b.title, settings.gateTitle);
+}
+
+}  // namespace
+
+CAudioComparer::CAudioComparer(CAudioDecoder& decoder, CAudioStore& store,
+                               const CIgnoreList& ignores, const AudioSettings& settings,
+                               CAudioPairSink& sink)
+    : m_decoder(decoder), m_store(store), m_ignores(ignores), m_settings(settings), m_sink(sink) {}
+
+bool CAudioComparer::AddFile(const std::string& path, uint8_t group) {
+  if (!m_settings.ComparesAnything()) return false;
+  uint32_t request = 0;
+  if (m_settings.mode & AudioSettings::kContent) request |= kSpectrum;
+  if (m_settings.mode & AudioSettings::kTags || m_settings.tagGate != 0) request |= kKeys;
+  if (m_settings.mode & AudioSettings::kPrecise) request |= kBark | kCorrelogram;
+  return PrepareFile(path, group, request) && CompareFile(path);
+}
+
+bool CAudioComparer::PrepareFile(const std::string& path, uint8_t group, uint32_t request) {
+  request |= kInfo;
+  AudioEntry parts;
+  AudioEntry known;
+  FileInfo file;
+  const bool isKnown = m_store.FindEntry(path, &known);
+  if (isKnown) {
+    if (!GetFileInfo(path, &file)) return CSystemError::Bool("PrepareFile", 290, false);
+    if (file.size == known.info->size && file.modified == known.info->modified) {
+      request = Missing(known, request);
+      if (request & kKeys) {
+        parts.keys = MakeTagKeys(*known.info);
+        if (!parts.keys) return CSystemError::Bool("PrepareFile", 303, false);
+        request &= ~uint32_t{kKeys};
+      }
+    }
+  }
+  const bool decodes = (request & kDecoded) != 0;
+  if (decodes) {
+    if (!ReadFile(path, isKnown ? &file : nullptr, request, &parts)) return false;
+    if (request & kKeys) {
+      parts.keys = MakeTagKeys(*parts.info);
+      if (!parts.keys) return CSystemError::Bool("PrepareFile", 339, false);
+    }
+    if (!MakePrints(request, &parts)) return false;
+  }
+  return m_store.File(path, parts, group, decodes) == CAudioStore::Filed::kYes;
+}
+
+bool CAudioComparer::GetFileInfo(const std::string& path, FileInfo* info) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return CSystemError::Bool("GetFileInfo", 267, false);
+  info->size = static_cast<uint64_t>(status.st_size);
+  info->modified = static_cast<uint32_t>(status.st_mtime);
+  return true;
+}
+
+bool CAudioComparer::ReadFile(const std::string& path, const FileInfo* known, uint32_t request,
+                              AudioEntry* parts) {
+  if (m_decoder.Open(path, m_settings.skipVideo ? wire::kRefuseVideo : 0) != kDecodeOk)
+    return false;
+  bool read = true;
+  if (request & kInfo) {
+    wire::AudioInfo info;
+    const int32_t result = m_decoder.GetInfo(&info);
+    // No Close: the child is gone.
+    if (result == kDecodeLinkFailed) return CSystemError::Bool("PrepareFile", 326, false);
+    read = MakeItem(path, known, result == kDecodeOk ? &info : nullptr, parts);
+  }
+  if (read && request & kAnyPrint) {
+    CSampleConverter reader;
+    read = reader.Init(m_decoder, kPrintRate) && m_sound.LoadSound(reader, kLongSound, kMostSound);
+  }
+  (void)m_decoder.Close();
+  return read;
+}
+
+bool CAudioComparer::MakeItem(const std::string& path, const FileInfo* known,
+                              const wire::AudioInfo* info, AudioEntry* parts) {
+  const CRef<ItemBase> item = MakeRef<ItemBase>();
+  if (!item) return CSystemError::Bool("PrepareFile", 318, false);
+  FileInfo file;
+  if (known) {
+    file = *known;
+  } else if (!GetFileInfo(path, &file)) {
+    return CSystemError::Bool("PrepareFile", 320, false);
+  }
+  item->path = path;
+  item->size = file.size;
+  item->modified = file.modified;
+  if (info) {
+    item->title = Field(info->title);
+    item->artist = Field(info->artist);
+    item->album = Field(info->album);
+    item->durationMs = info->durationMs;
+    item->bitrate = info->bitrate;
+    item->format = static_cast<uint16_t>(info->format);
+  }
+  parts->info = item;
+  return true;
+}
+
+bool CAudioComparer::MakePrints(uint32_t request, AudioEntry* parts) {
+  if (m_sound.Samples().size() < kLongSound) {
+    if (!(request & kCorrelogram)) return true;
+    const CRef<CorrelogramPrint> print = MakeRef<CorrelogramPrint>();
+    if (!print) return CSystemError::Bool("PrepareFile", 362, false);
+    if (!m_sound.CalculateCorrelogram(&print->values)) return false;
+    parts->correlogram = print;
+    return true;
+  }
+  if (request & kSpectrum) {
+    const CRef<SpectrumPrint> print = MakeRef<SpectrumPrint>();
+    if (!print) return CSystemError::Bool("PrepareFile", 372, false);
+    if (!m_sound.CalculateFFTDeflection(&print->spectrum, &print->deflection) ||
+        !m_sound.CalculateSkeleton(&print->skeleton))
+      return false;
+    parts->spectrum = print;
+  }
+  if (request & kBark) {
+    const CRef<BarkPrint> print = MakeRef<BarkPrint>();
+    if (!print) return CSystemError::Bool("PrepareFile", 380, false);
+    if (!m_sound.AnalyseSound(print.Get())) return false;
+    parts->bark = print;
+  }
+  return true;
+}
+
+bool CAudioComparer::CompareFile(const std::string& path) {
+  AudioEntry target;
+  if (!m_store.FindEntry(path, &target)) return false;
+  AudioGate gate;
+  gate.group = static_cast<uint8_t>(target.group);
+  gate.durationMs = target.info->durationMs;
+  if (m_settings.mode & AudioSettings::kDuration && static_cast<double>(m_settings.duration) > 1e-6)
+    gate.ratio = m_settings.duration;
+
+  m_targetReady = false;
+  bool done = true;
+  uint32_t last = 0;
+  while (done && m_store.NextEntries(gate, target.ordinal, &last, &m_found)) {
+    for (const AudioEntry& candidate : m_found) {
+      done = ComparePair(target, candidate);
+      if (!done) break;
+    }
+  }
+  m_found.clear();
+  return done;
+}
+
+bool CAudioComparer::ComparePair(const AudioEntry& target, const AudioEntry& candidate) {
+  if (m_ignores.IsPairIgnored(target.info->path, candidate.info->path)) return true;
+  const bool hasKeys = target.keys && candidate.keys;
+  if (m_settings.tagGate != 0 && hasKeys && CutByTags(m_settings, *target.keys, *candidate.keys))
+    return true;
+
+  float precise = kNoScore;
+  float content = kNoScore;
+  float tags = kNoScore;
+  if (m_settings.mode & AudioSettings::kPrecise && !PreciseScore(target, candidate, &precise))
+    return false;
+  if (m_settings.mode & AudioSettings::kContent && target.spectrum && candidate.spectrum)
+    content = ContentScore(*target.spectrum, *candidate.spectrum);
+  if (m_settings.mode & AudioSettings::kTags && hasKeys)
+    tags = TagScore(*target.keys, *candidate.keys);
+
+  // A score that was not computed is below every threshold.
+  if (tags >= m_settings.tags || content >= m_settings.content || precise >= m_settings.precise) {
+    m_sink.LockedAdd(target.info, static_cast<uint8_t>(target.group), candidate.info,
+                     static_cast<uint8_t>(candidate.group), tags, content, precise);
+  }
+  return true;
+}
+
+bool CAudioComparer::PreciseScore(const AudioEntry& target, const AudioEntry& candidate,
+                                  float* score) {
+  if (target.correlogram && candidate.correlogram) {
+    *score = std::clamp(ScoreCorrelogram(*target.correlogram, *candidate.correlogram), 0.0F, 1.0F);
+    return true;
+  }
+  if (!target.bark || !candidate.bark || target.bark->length < kBarkPattern ||
+      candidate.bark->length < kBarkPattern)
+    return true;
+  if (!m_targetReady) {
+    if (!Precalculate(*target.bark, &m_target))
+      return CSystemError::Bool("CompareFile", 534, false);
+    m_targetReady = true;
+  }
+  if (!Precalculate(*candidate.bark, &m_candidate))
+    return CSystemError::Bool("CompareFile", 535, false);
+  *score = std::clamp(ScoreBarks(m_target, m_candidate), 0.0F, 1.0F);
+  return true;
+}
+
+float ContentScore(const SpectrumPrint& target, const SpectrumPrint& candidate) {
+  if (target.spectrum.size() != kSpectrumSize || candidate.spectrum.size() != kSpectrumSize)
+    return kNoScore;
+  // Lengths differ only in prints from a damaged cache file.
+  const auto pearson = [](const CFloatVector& x, const CFloatVector& y) {
+    const size_t n = std::min(x.size(), y.size());
+    return n == 0 ? 0 : CorrelatePearson(x.data(), y.data(), static_cast<int32_t>(n));
+  };
+  const float a = pearson(target.spectrum, candidate.spectrum);
+  const float b = pearson(target.skeleton, candidate.skeleton);
+  const float c = pearson(target.deflection, candidate.deflection);
+  return std::sqrt(0.6F * a * a + 0.2F * b * b + 0.2F * c * c);
+}
+
+}  // namespace quill
