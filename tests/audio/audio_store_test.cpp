@@ -1,10 +1,10 @@
 #include "audio/audio_store.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
-#include <atomic>
-#include <map>
+#include <algorithm>
+#include <array>
+#include <initializer_list>
 #include <random>
 #include <set>
 #include <thread>
@@ -16,6 +16,12 @@
 
 namespace quill {
 namespace {
+
+std::string PathOf(std::initializer_list<int> steps) {
+  std::string path;
+  for (const int step : steps) path.append("/").append(std::to_string(step));
+  return path;
+}
 
 CRef<const ItemBase> Item(const std::string& path, uint32_t durationMs = 180000) {
   auto item = MakeRef<ItemBase>();
@@ -167,11 +173,13 @@ TEST_F(AudioStore, RecordLayout) {
   auto correlogram = MakeRef<CorrelogramPrint>();
   correlogram->values.assign(23, 9);
   parts.correlogram = correlogram;
-  std::vector<uint8_t> expected = {2, 0,   '/', 'p', 9, 8, 0,   0,   0, 0, 0, 0, 0, 7, 0, 0, 0, 1,
-                                   0, 'R', 0,   0,   2, 0, 'T', '2', 4, 3, 2, 1, 5, 0, 0, 0, 6, 0};
-  expected.insert(expected.end(), {23, 0});
-  expected.insert(expected.end(), 23, 9);
-  EXPECT_EQ(Payload("/p", parts), expected);
+  const std::array<uint8_t, 38> head = {2, 0, '/', 'p', 9, 8, 0,   0, 0, 0, 0,  0,   0,
+                                        7, 0, 0,   0,   1, 0, 'R', 0, 0, 2, 0,  'T', '2',
+                                        4, 3, 2,   1,   5, 0, 0,   0, 6, 0, 23, 0};
+  const std::vector<uint8_t> payload = Payload("/p", parts);
+  ASSERT_EQ(payload.size(), head.size() + 23);
+  EXPECT_TRUE(std::equal(head.begin(), head.end(), payload.begin()));
+  EXPECT_EQ(payload.back(), 9);
 }
 
 TEST_F(AudioStore, RecordCutAnywhereAddsNothing) {
@@ -224,7 +232,9 @@ TEST_F(AudioStore, FlippedBitsDoNoHarm) {
       ASSERT_TRUE(score == -1 || (score >= 0 && score < 1.001F)) << score;
       (void)ContentScore(*sound.spectrum, *entry.spectrum);
     }
-    if (entry.bark) ASSERT_LE(entry.bark->length, kBarkLongest);
+    if (entry.bark) {
+      ASSERT_LE(entry.bark->length, kBarkLongest);
+    }
     if (entry.correlogram) {
       ASSERT_EQ(entry.correlogram->values.size() % 23, 0U);
       (void)ScoreCorrelogram(*entry.correlogram, *sound.correlogram);
@@ -279,9 +289,8 @@ TEST_F(AudioStore, RestoreRebuildsTheOrderOfArrival) {
 
 TEST_F(AudioStore, WalkInBatchesEqualsTheWalkOneByOne) {
   std::mt19937 random(11);
-  std::vector<uint32_t> durations;
   for (int i = 0; i < 9000; ++i) {
-    const std::string path = "/" + std::to_string(i);
+    const std::string path = PathOf({i});
     AudioEntry parts;
     parts.info = Item(path, random() % 20 ? random() % 1000 + (i > 4000 ? 0 : 5000) : 0);
     ASSERT_EQ(m_store.File(path, parts, uint8_t(random() % 4), false), CAudioStore::Filed::kYes);
@@ -321,7 +330,7 @@ TEST_F(AudioStore, EachPairIsSeenOnceByManyThreads) {
     threads.emplace_back([&, t] {
       for (int i = 0; i < kFiles; ++i) {
         // Neighbours share every third path: whoever comes second must be sent away.
-        const std::string path = "/" + std::to_string(i % 3 ? t : t / 2) + "/" + std::to_string(i);
+        const std::string path = PathOf({i % 3 ? t : t / 2, i});
         AudioEntry parts;
         parts.info = Item(path);
         if (m_store.File(path, parts, 0, true) != CAudioStore::Filed::kYes) continue;
