@@ -8,10 +8,6 @@
 #include "core/system_error.h"
 #include "signal/vector_check.h"
 
-// The four-way byte product needs the newest of the AVX-512 sets.
-#define HWY_WANT_AVX3_DL
-// Accumulators are kept in arrays, which vectors of unknown size cannot fill.
-#define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "signal/correlation.cpp"
 #include <hwy/foreach_target.h>
