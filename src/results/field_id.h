@@ -41,6 +41,7 @@ enum class FieldId : int32_t {
 
 // By identifier ("file", "pairs", …); kNone for any other.
 [[nodiscard]] FieldId FieldIdOf(std::string_view identifier);
+// Empty for a number that is no column.
 [[nodiscard]] const char* FieldIdentifier(FieldId field);
 
 // Sort state as the settings store it: column + 1 for ascending, the bit complement of the column
@@ -49,6 +50,8 @@ struct SortState {
   FieldId column = FieldId::kFile;
   bool ascending = true;
 
+  // 0, which no state encodes to, reads as the default. A number that is no column is kept, and
+  // sorts by nothing but the last resort of each table.
   [[nodiscard]] static SortState Decode(int32_t stored);
   [[nodiscard]] int32_t Encode() const;
 };
