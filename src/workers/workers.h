@@ -33,6 +33,8 @@ class CFileEngines {
   [[nodiscard]] virtual bool ProcessFile(const std::string& path, uint8_t group, bool analysis) = 0;
 };
 
+class CWorkerContext;
+
 class CWorkers : public CPendingWorkPool, public CPendingWorkQueue {
  public:
   static constexpr uint32_t kMostThreads = 32;
@@ -48,7 +50,8 @@ class CWorkers : public CPendingWorkPool, public CPendingWorkQueue {
     uint8_t secondFlag = 0;
   };
 
-  // Called on each new thread to make its engines. Called from several threads at once.
+  // Called on each new thread to make its engines, from several threads at once. With null, as when
+  // memory is short, that thread takes no file.
   using EnginesFactory = std::function<std::unique_ptr<CFileEngines>()>;
 
   // No threads yet. `counters` must outlive the pool.
@@ -62,38 +65,50 @@ class CWorkers : public CPendingWorkPool, public CPendingWorkQueue {
 
   // Null: a report and false.
   bool QueueRequest(std::unique_ptr<Request> request);
-  void Continue();
-  void Pause();
+  void Continue() EXCLUDES(m_gate);
+  // Holds each request at the gate between being taken and being run; a file in progress goes on.
+  void Pause() EXCLUDES(m_gate);
   // Requests are still taken but not executed, until the queue is empty; then the pool is idle.
-  void Stop();
+  void Stop() EXCLUDES(m_gate);
   // 0 = one per online processor; 32 at most. Removing threads ends a pause. False when a thread
   // could not be made.
   bool SetThreadCount(uint32_t limit);
   // Stops, ends all threads and joins them; with a serializer, queued requests are written to it.
+  // Workers that hold a request at the gate of a pause with nothing queued keep it waiting until
+  // the pause ends.
   void Shutdown(CSerializer* serializer) override;
   void Requeue(uint32_t kind, std::string path, uint8_t firstFlag, uint8_t secondFlag) override;
 
   [[nodiscard]] bool IsRunning() const { return m_run.load() == 1; }
   [[nodiscard]] bool IsStopping() const { return m_stop.load() == 1; }
+  // Requests queued or in execution.
   [[nodiscard]] uint32_t Pending() const { return m_pending.load(); }
+  // Requests that no worker has taken yet. A look inside for tests.
+  [[nodiscard]] uint32_t Queued() const { return m_queued.load(); }
   [[nodiscard]] uint32_t ThreadCount() const { return m_threadCount; }
 
  private:
-  friend class CWorkerContext;
   static void* ThreadStarter(void* pool);
   bool InnerAddThreads(uint32_t count);
   void RemoveThreads(uint32_t count);
   void ThreadBody();
-  void RunRequest(class CWorkerContext& context, const Request& request);
-  void StateChange();
+  [[nodiscard]] std::unique_ptr<Request> TakeRequest() EXCLUDES(m_queueSync);
+  void PushPoison(uint32_t count, bool front) EXCLUDES(m_queueSync);
+  void RunRequest(CWorkerContext& context, const Request& request);
+  void ExecuteRequest(CWorkerContext& context, const Request& request);
+  void DropRequest(const Request& request);
+  void StateChange() EXCLUDES(m_gate);
 
   CScanCounters& m_counters;
   const EnginesFactory m_factory;
 
   // Atomic: the main thread reads these with no lock for display and validation.
-  std::atomic<uint32_t> m_run{1};      // 1 = requests may start, 0 = paused; changed under m_gate
-  std::atomic<uint32_t> m_stop{0};     // 1 = stopping; changed under m_gate
-  std::atomic<uint32_t> m_pending{0};  // requests queued or in execution
+  std::atomic<uint32_t> m_run{1};   // 1 = requests may start, 0 = paused; changed under m_gate
+  std::atomic<uint32_t> m_stop{0};  // 1 = stopping; changed under m_gate
+  std::atomic<uint32_t> m_pending{0};
+  // Length of m_queue, poison included; changed under m_queueSync. Stop reads it under m_gate: what
+  // is still queued then has yet to pass the gate, so the end of the queue will clear `m_stop`.
+  std::atomic<uint32_t> m_queued{0};
   std::atomic<CSerializer*> m_serializer{nullptr};  // not null only during a saving shutdown
 
   CSync m_queueSync;
@@ -106,22 +121,6 @@ class CWorkers : public CPendingWorkPool, public CPendingWorkQueue {
   // Main thread only.
   std::array<pthread_t, kMostThreads> m_threads{};  // packed from index 0
   uint32_t m_threadCount = 0;
-};
-
-// What one thread needs for its whole life; lives on its stack.
-class CWorkerContext {
- public:
-  CWorkerContext(CWorkers& pool, std::unique_ptr<CFileEngines> engines);
-
-  // Queues one request per entry of the folder, in directory order. Dot files and hidden folders
-  // are entries like all others; links and special files are skipped. False, with nothing queued,
-  // when the folder cannot be opened.
-  bool EnumerateFolder(const std::string& path, uint8_t group, uint8_t carriedFlag, bool analysis);
-  [[nodiscard]] bool ProcessFile(const std::string& path, uint8_t group, bool analysis);
-
- private:
-  CWorkers& m_pool;
-  std::unique_ptr<CFileEngines> m_engines;
 };
 
 }  // namespace quill
