@@ -99,14 +99,6 @@ int32_t OpenBackingFile() {
   return -1;
 }
 
-std::string DecoderBesideThisProgram() {
-  char path[PATH_MAX];
-  const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-  const std::string own(path, static_cast<size_t>(std::max<ssize_t>(length, 0)));
-  const size_t slash = own.rfind('/');
-  return (slash == std::string::npos ? "./" : own.substr(0, slash + 1)) + "decoder";
-}
-
 // The child borrows this process's memory until it has become the decoder (a fork would copy the
 // page tables of all stores), so it may make system calls and nothing else. It keeps the three
 // descriptors and the standard ones only. A process group of its own keeps a terminal's interrupt
@@ -123,6 +115,14 @@ pid_t StartChild(const char* program, char* const* arguments, const int32_t (&in
 }
 
 }  // namespace
+
+std::string CProcessLink::OwnDecoder() {
+  char path[PATH_MAX];
+  const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+  const std::string own(path, static_cast<size_t>(std::max<ssize_t>(length, 0)));
+  const size_t slash = own.rfind('/');
+  return (slash == std::string::npos ? "./" : own.substr(0, slash + 1)) + "decoder";
+}
 
 CProcessLink::CProcessLink(CDecoderTable& table, std::string program, int32_t hangMs)
     : m_table(table), m_program(std::move(program)), m_hangMs(hangMs) {}
@@ -160,7 +160,7 @@ bool CProcessLink::Start() {
     std::snprintf(readText, sizeof readText, "%d", toChild[0]);
     std::snprintf(writeText, sizeof writeText, "%d", fromChild[1]);
     char* const arguments[] = {readText, writeText, nullptr};
-    const std::string program = m_program.empty() ? DecoderBesideThisProgram() : m_program;
+    const std::string program = m_program.empty() ? OwnDecoder() : m_program;
     child = StartChild(program.c_str(), arguments, {toChild[0], fromChild[1], m_md});
   }
   Close(&fromChild[1]);

@@ -28,8 +28,11 @@ class CProcessLink {
   // A read or write that makes no progress for this long means that the child hangs.
   static constexpr int32_t kHangMs = 20000;
 
-  // `table` must outlive the link. `program` is the path of the child; empty stands for "decoder"
-  // in the folder of this program's own executable. Tests shorten `hangMs`.
+  // The path of "decoder" in the folder of this program's own executable.
+  [[nodiscard]] static std::string OwnDecoder();
+
+  // `table` must outlive the link. `program` is the path of the child; empty stands for
+  // OwnDecoder(). Tests shorten `hangMs`.
   explicit CProcessLink(CDecoderTable& table, std::string program = {}, int32_t hangMs = kHangMs);
   ~CProcessLink() { Release(); }
   CProcessLink(const CProcessLink&) = delete;

@@ -180,10 +180,9 @@ void CDupsModel<Traits>::WriteAll(CResultsJournal& journal) const {
   for (ItemData* item = m_items.Next(nullptr); item; item = m_items.Next(item)) {
     Traits::JournalItem(journal, *item->base, item->folderGroup);
   }
-  for (PairData* pair = m_pairs.Next(nullptr); pair; pair = m_pairs.Next(pair)) {
-    if (CompareAddresses(pair->second, pair->first) < 0) continue;
-    Traits::JournalPair(journal, pair->first->base->path, pair->second->base->path, pair->scores);
-  }
+  ForEachMatch([&](const PairData& pair) {
+    Traits::JournalPair(journal, pair.first->base->path, pair.second->base->path, pair.scores);
+  });
 }
 
 }  // namespace quill

@@ -129,6 +129,14 @@ class CDupsModel {
   [[nodiscard]] uint32_t GroupCount() const;
   [[nodiscard]] Statistics GetStatistics() const;
   [[nodiscard]] uint32_t ItemCount() const { return m_items.Count(); }
+  [[nodiscard]] uint32_t PairCount() const { return m_pairs.Count() / 2; }
+  // Calls visit(const PairData&) once for each match.
+  template <class Visit>
+  void ForEachMatch(Visit visit) const {
+    for (const PairData* pair = m_pairs.Next(nullptr); pair; pair = m_pairs.Next(pair)) {
+      if (CompareAddresses(pair->second, pair->first) >= 0) visit(*pair);
+    }
+  }
   [[nodiscard]] SortState Sort() const { return m_sort; }
 
   // Sorts and stores the state in the settings; kNone is ignored.
