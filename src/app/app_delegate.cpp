@@ -1,0 +1,288 @@
+#include "app/app_delegate.h"
+
+#include <ctime>
+#include <filesystem>
+#include <new>
+#include <utility>
+
+#include "app/data_files.h"
+#include "core/configuration.h"
+#include "core/defaults.h"
+#include "core/log.h"
+#include "workers/scan_engines.h"
+
+namespace quill {
+
+TDXAppDelegate::TDXAppDelegate(CMainQueue& queue, CFrontEnd& frontEnd)
+    : m_queue(queue),
+      m_frontEnd(frontEnd),
+      m_self(std::make_shared<TDXAppDelegate*>(this)),
+      m_audioStore(m_cache, m_counters),
+      m_audioDups(m_audioStore, m_ignores) {
+  const CConfiguration& configuration = CConfiguration::Instance();
+  CLog& log = CLog::Instance();
+  log.SetFolder(configuration.LogsPath());
+  log.Line("Log started");
+
+  const std::weak_ptr<TDXAppDelegate*> weak = m_self;
+  auto post = [this, weak](void (TDXAppDelegate::*block)()) {
+    return [this, weak, block] {
+      m_queue.Post([weak, block] {
+        if (const auto self = weak.lock()) ((*self)->*block)();
+      });
+    };
+  };
+  m_audioDups.m_callback = post(&TDXAppDelegate::ProcessNewAudio);
+
+  _workers = std::make_unique<CWorkers>(m_counters, [this] {
+    return std::make_unique<CScanEngines>(CDecoderTable::Instance(), m_settings, m_audioStore,
+                                          m_ignores, m_audioDups);
+  });
+  _workers->m_callback = post(&TDXAppDelegate::PoolChanged);
+
+  _journal = std::make_unique<CResultsJournal>(&m_audioDups, nullptr, nullptr);
+
+  log.Line("Loading cache...");
+  m_cache.SetClient(CacheRecordType::kAudio, &m_audioStore);
+  m_cacheLoaded = m_cache.Load(configuration.ApplicationSupportPath(kCacheFile));
+  log.Line(m_cacheLoaded ? "Loading cache complete" : "Loading cache failed");
+
+  log.Line("Loading ignores...");
+  const std::string ignoresPath = configuration.ApplicationSupportPath(kIgnoresFile);
+  const bool ignores = m_ignores.LoadIgnores(ignoresPath);
+  std::error_code fault;
+  m_keepIgnoresFile = !ignores && std::filesystem::exists(ignoresPath, fault);
+  log.Line(ignores ? "Loading ignores complete" : "Loading ignores failed");
+
+  _scanningMode = static_cast<ScanMode>(
+      configuration.GetInteger("scanningMode", static_cast<int32_t>(ScanMode::kDuplicates)));
+}
+
+TDXAppDelegate::~TDXAppDelegate() {
+  ApplicationWillTerminate();
+}
+
+void TDXAppDelegate::AwakeFromNib() {
+  CConfiguration& configuration = CConfiguration::Instance();
+  configuration.Register(DefaultsGeneral());
+  configuration.Register(DefaultsMiscellaneous());
+  configuration.Register(DefaultsOpenCl());
+  ReloadConfig();
+}
+
+void TDXAppDelegate::ReloadConfig() {
+  const CConfiguration& configuration = CConfiguration::Instance();
+  if (m_audioDups.ReloadSettings()) ReloadDups(ResultsTab::kAudioDups);
+
+  AudioSettings audio;
+  audio.Configure(configuration.GetBool("enableAudioTags", true),
+                  configuration.GetBool("enableAudioContent", true),
+                  configuration.GetBool("enableAudioPrecise", true),
+                  configuration.GetBool("enableAudioDuration", true),
+                  configuration.GetBool("enableSkipVideo", true),
+                  configuration.GetFloat("valueAudioTags", 0.75F),
+                  configuration.GetFloat("valueAudioContent", 0.75F),
+                  configuration.GetFloat("valueAudioPrecise", 0.5F),
+                  configuration.GetFloat("valueAudioDuration", 0.7F));
+  m_settings.SetAudio(audio);
+
+  CDecoderTable::Instance().Reload();
+
+  int32_t threads = 0;
+  if (configuration.GetBool("enableThreadLimit", false))
+    threads = configuration.GetInteger("valueThreadLimit", 0);
+  (void)_workers->SetThreadCount(threads > 0 ? static_cast<uint32_t>(threads) : 0);
+  UIProgress();
+}
+
+void TDXAppDelegate::RestoreAutosave() {
+  if (m_audioDups.m_journal != nullptr) return;
+  const CConfiguration& configuration = CConfiguration::Instance();
+  if (!_journal->OpenForWriting(configuration.ApplicationSupportPath(kAutosaveFile))) return;
+  if (_stateLoaded)
+    (void)_journal->Rebuild();
+  else
+    (void)_journal->Load();
+  m_audioDups.m_journal = _journal.get();
+  if (!_stateLoaded) {
+    _stateLoaded = true;
+    if (m_pendingWork.Open(configuration.ApplicationSupportPath(kPendingWorkFile))) {
+      CSerializerReader reader(m_pendingWork, *_workers, &m_audioStore, nullptr);
+      (void)reader.InnerProcess();
+    }
+  }
+  ReloadDups(ResultsTab::kAudioDups);
+}
+
+void TDXAppDelegate::StartScan() {
+  _stateLoaded = true;
+  if (!_workers->IsRunning()) {
+    _workers->Continue();
+  } else if (_workers->Pending() != 0) {
+    _workers->Pause();
+  } else {
+    ResetMarks();
+    if (_scanningMode == ScanMode::kDuplicates) {
+      m_audioDups.Clear();
+      ReloadDups(ResultsTab::kAudioDups);
+    }
+    ProcessFolders(_scanningMode);
+  }
+  UIThreads();
+}
+
+void TDXAppDelegate::StopScan() {
+  _stateLoaded = true;
+  _workers->Stop();
+  UIThreads();
+}
+
+bool TDXAppDelegate::CanStart() const {
+  return !_workers->IsStopping() &&
+         (m_frontEnd.HasSelection() || !_workers->IsRunning() || _workers->Pending() != 0);
+}
+
+bool TDXAppDelegate::CanStop() const {
+  return !_workers->IsStopping() && _workers->Pending() != 0;
+}
+
+bool TDXAppDelegate::IsIdle() const {
+  return !_workers->IsStopping() && _workers->IsRunning() && _workers->Pending() == 0;
+}
+
+bool TDXAppDelegate::SaveData(const std::string& path) {
+  CResultsJournal journal(&m_audioDups, nullptr, nullptr);
+  if (journal.OpenForWriting(path)) return journal.Rebuild();
+  m_frontEnd.ShowAlert("Error", "Failed to save results file");
+  return false;
+}
+
+bool TDXAppDelegate::LoadData(const std::string& path) {
+  _stateLoaded = true;
+  ResetMarks();
+  CResultsJournal* const journal = std::exchange(m_audioDups.m_journal, nullptr);
+  m_audioDups.Clear();
+  m_audioDups.m_journal = journal;
+
+  CResultsJournal file(&m_audioDups, nullptr, nullptr);
+  const bool loaded = file.OpenForReading(path) && file.Load();
+  if (!loaded) m_frontEnd.ShowAlert("Error", "Failed to open results file");
+  ReloadDups(ResultsTab::kAudioDups);
+  return loaded;
+}
+
+void TDXAppDelegate::ClearCache() {
+  m_cache.Clear();
+  UIProgress();
+}
+
+void TDXAppDelegate::ClearIgnores() {
+  m_ignores.Clear(CConfiguration::Instance().ApplicationSupportPath(kIgnoresFile));
+}
+
+void TDXAppDelegate::ApplicationWillTerminate() {
+  if (std::exchange(m_terminated, true)) return;
+  if (std::exchange(_timer, false)) m_frontEnd.SetTimer(false);
+  const CConfiguration& configuration = CConfiguration::Instance();
+  ProcessFolders(ScanMode::kNone);
+  if (!m_keepIgnoresFile)
+    (void)m_ignores.SaveIgnores(configuration.ApplicationSupportPath(kIgnoresFile));
+  _workers->Stop();
+  // Paused, with the last requests in the workers' hands: the end of the threads would wait for the
+  // end of the pause. These files run to their end instead.
+  if (!_workers->IsStopping() && !_workers->IsRunning()) _workers->Continue();
+  if (m_pendingWork.Open(configuration.ApplicationSupportPath(kPendingWorkFile))) {
+    CSerializer serializer(m_pendingWork, *_workers, &m_audioStore, nullptr);
+    (void)serializer.InnerProcess();
+  }
+  _workers.reset();
+  (void)m_audioDups.ProcessNewData();
+  m_audioDups.m_journal = nullptr;
+  _journal.reset();
+}
+
+void TDXAppDelegate::SetMode(ScanMode mode) {
+  _scanningMode = mode;
+  CConfiguration::Instance().SetInteger("scanningMode", static_cast<int32_t>(mode));
+}
+
+void TDXAppDelegate::ProcessFolders(ScanMode mode) {
+  for (TDXSelectedFolder& folder : m_frontEnd.UnloadList()) {
+    if (mode != ScanMode::kDuplicates && mode != ScanMode::kAnalysis) continue;
+    std::unique_ptr<CWorkers::Request> request(new (std::nothrow) CWorkers::Request);
+    if (!request) continue;
+    request->path = std::move(folder.path);
+    if (mode == ScanMode::kAnalysis) {
+      request->kind = CWorkers::Request::kAnalysisFolder;
+      request->firstFlag = 1;
+    } else {
+      request->kind = CWorkers::Request::kFolder;
+      request->firstFlag = folder.groupId;
+      request->secondFlag = 1;
+    }
+    (void)_workers->QueueRequest(std::move(request));
+  }
+}
+
+void TDXAppDelegate::ResetMarks() {
+  m_counters.processed = 0;
+  m_counters.scheduled = 0;
+  m_audioStore.ResetScanState();
+}
+
+void TDXAppDelegate::PoolChanged() {
+  if (m_terminated) return;
+  CheckTimer();
+  UIThreads();
+  UIProgress();
+}
+
+void TDXAppDelegate::ProcessNewAudio() {
+  if (m_terminated) return;
+  (void)m_audioDups.ProcessNewData();
+  ReloadDups(ResultsTab::kAudioDups);
+}
+
+void TDXAppDelegate::ReloadDups(ResultsTab tab) {
+  m_frontEnd.ReloadView(tab);
+  UpdateBadge();
+}
+
+void TDXAppDelegate::CheckTimer() {
+  const bool wanted = _workers->Pending() != 0;
+  if (wanted != _timer) m_frontEnd.SetTimer(_timer = wanted);
+}
+
+void TDXAppDelegate::UIThreads() {
+  if (!_workers->IsRunning()) {
+    m_frontEnd.ShowThreads(ScanButton::kContinue);
+  } else if (_workers->Pending() != 0) {
+    _bounce = true;
+    m_frontEnd.ShowThreads(ScanButton::kPause);
+  } else {
+    m_frontEnd.ShowThreads(ScanButton::kScan);
+    if (std::exchange(_bounce, false) && !m_frontEnd.IsActive()) m_frontEnd.RequestAttention();
+  }
+}
+
+void TDXAppDelegate::UIProgress() {
+  ProgressDisplay display;
+  display.cacheCount = m_cache.Count();
+  display.processed = m_counters.processed;
+  display.scheduled = m_counters.scheduled;
+  const bool active = _workers->IsRunning() && !_workers->IsStopping() && _workers->Pending() != 0;
+  m_estimate.Tick(static_cast<int32_t>(std::time(nullptr)), active, display.processed,
+                  display.scheduled);
+  display.progress = m_estimate.Progress();
+  display.text = m_estimate.Text();
+  m_frontEnd.ShowProgress(display);
+}
+
+void TDXAppDelegate::UpdateBadge() {
+  const uint32_t count = m_audioDups.GroupCount();
+  if (count == _badgeCount) return;
+  _badgeCount = count;
+  m_frontEnd.ShowBadge(count);
+}
+
+}  // namespace quill

@@ -1,0 +1,12 @@
+// Names of the files in the application support folder.
+#pragma once
+
+namespace quill {
+
+inline constexpr const char* kCacheFile = "cache.dat";
+inline constexpr const char* kIgnoresFile = "ignores.list";
+inline constexpr const char* kAutosaveFile = "autosave.quillmarsh";
+inline constexpr const char* kPendingWorkFile = "pending.works";
+inline constexpr const char* kLockFile = "lock";
+
+}  // namespace quill
