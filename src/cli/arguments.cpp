@@ -1,0 +1,231 @@
+#include "cli/arguments.h"
+
+#include <charconv>
+#include <filesystem>
+#include <optional>
+
+#include "core/defaults.h"
+
+namespace quill::cli {
+
+namespace {
+
+constexpr uint32_t kMostThreads = 32;
+constexpr uint32_t kMostGroup = 4;
+
+enum class Kind { kTruth, kNumber, kText };
+
+// What a setting takes. The engines' own keys are not all registered as defaults.
+std::optional<Kind> KindOfSetting(const std::string& key) {
+  if (key == "enableAudioDuration") return Kind::kTruth;
+  if (key == "valueAudioDuration") return Kind::kNumber;
+  if (key == "valueOpenCLDevice") return Kind::kText;
+  for (const CSettingDefaults* group :
+       {&DefaultsGeneral(), &DefaultsMiscellaneous(), &DefaultsOpenCl()}) {
+    const auto entry = group->find(key);
+    if (entry == group->end()) continue;
+    return std::holds_alternative<bool>(entry->second) ? Kind::kTruth : Kind::kNumber;
+  }
+  return std::nullopt;
+}
+
+// `text` and the user's word in double quotes.
+std::string Quoted(std::string text, const std::string& word) {
+  text += '"';
+  text += word;
+  text += '"';
+  return text;
+}
+
+bool ParseNumber(const std::string& text, uint32_t most, uint32_t* number) {
+  const char* end = text.data() + text.size();
+  const auto [rest, fault] = std::from_chars(text.data(), end, *number);
+  return fault == std::errc() && rest == end && *number <= most;
+}
+
+bool ParseSetting(const std::string& word, Arguments* arguments, std::string* error) {
+  const size_t equals = word.find('=');
+  if (equals == std::string::npos || equals == 0) {
+    *error = Quoted("--set takes KEY=VALUE, not ", word);
+    return false;
+  }
+  const std::string key = word.substr(0, equals);
+  std::string value = word.substr(equals + 1);
+  const std::optional<Kind> kind = KindOfSetting(key);
+  if (!kind) {
+    *error = Quoted("there is no setting ", key);
+    return false;
+  }
+  if (*kind == Kind::kTruth) {
+    if (value == "true" || value == "on" || value == "yes") value = "1";
+    if (value == "false" || value == "off" || value == "no") value = "0";
+    if (value != "0" && value != "1") {
+      *error = Quoted("the setting ", key) + Quoted(" takes 0 or 1, not ", value);
+      return false;
+    }
+  } else if (*kind == Kind::kNumber) {
+    double number = 0;
+    const char* end = value.data() + value.size();
+    const auto [rest, fault] = std::from_chars(value.data(), end, number);
+    if (fault != std::errc() || rest != end || !(number >= 0)) {
+      *error = Quoted("the setting ", key) + Quoted(" takes a number from 0 up, not ", value);
+      return false;
+    }
+  }
+  arguments->settings.emplace_back(key, value);
+  return true;
+}
+
+// Absolute and without "." and trailing slashes, but with links left as the user wrote them.
+std::string AbsolutePath(const std::string& path) {
+  std::error_code fault;
+  std::filesystem::path absolute = std::filesystem::absolute(path, fault);
+  if (fault) return path;
+  absolute = absolute.lexically_normal();
+  if (!absolute.has_filename() && absolute.has_parent_path() && absolute != absolute.root_path())
+    absolute = absolute.parent_path();
+  return absolute.string();
+}
+
+bool CheckWords(const Arguments& arguments, std::string* error) {
+  const std::vector<std::string>& words = arguments.words;
+  if (arguments.json && arguments.command != Command::kScan) *error = "--json goes with scan";
+  switch (arguments.command) {
+    case Command::kScan:
+      if (arguments.folders.empty()) *error = "scan needs a folder";
+      break;
+    case Command::kProbe:
+      if (words.empty()) *error = "probe needs a file";
+      break;
+    case Command::kCache:
+      if (words.size() != 1 || (words[0] != "stats" && words[0] != "clear"))
+        *error = "cache takes \"stats\" or \"clear\"";
+      break;
+    case Command::kIgnore: {
+      const bool list = words.size() == 1 && (words[0] == "list" || words[0] == "clear");
+      const bool add = (words.size() == 2 || words.size() == 3) && words[0] == "add";
+      if (!list && !add) *error = "ignore takes \"list\", \"add FILE [FILE]\" or \"clear\"";
+      break;
+    }
+    case Command::kHelp:
+    case Command::kVersion:
+      break;
+  }
+  return error->empty();
+}
+
+}  // namespace
+
+bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
+                    std::string* error) {
+  *arguments = {};
+  error->clear();
+  bool haveCommand = false;
+  bool optionsEnded = false;
+  uint32_t group = 0;
+
+  for (size_t i = 0; i < words.size(); ++i) {
+    const std::string& word = words[i];
+    if (optionsEnded || word.size() < 2 || word[0] != '-') {
+      if (haveCommand) {
+        if (arguments->command == Command::kScan)
+          arguments->folders.push_back({AbsolutePath(word), static_cast<uint8_t>(group)});
+        else
+          arguments->words.push_back(word);
+        continue;
+      }
+      static const std::pair<const char*, Command> kCommands[] = {
+          {"scan", Command::kScan},     {"probe", Command::kProbe}, {"cache", Command::kCache},
+          {"ignore", Command::kIgnore}, {"help", Command::kHelp},   {"version", Command::kVersion}};
+      for (const auto& [name, command] : kCommands) {
+        if (word != name) continue;
+        arguments->command = command;
+        haveCommand = true;
+      }
+      if (haveCommand) continue;
+      *error = Quoted("there is no command ", word);
+      return false;
+    }
+    if (word == "--") {
+      optionsEnded = true;
+      continue;
+    }
+    if (word == "--help" || word == "-h") {
+      arguments->command = Command::kHelp;
+      return true;
+    }
+    if (word == "--version") {
+      arguments->command = Command::kVersion;
+      return true;
+    }
+    if (word == "--json") {
+      arguments->json = true;
+      continue;
+    }
+    if (word != "--data-dir" && word != "--set" && word != "--threads" && word != "--group") {
+      *error = Quoted("there is no option ", word);
+      return false;
+    }
+    if (++i == words.size()) {
+      *error = word + " needs a value";
+      return false;
+    }
+    const std::string& value = words[i];
+    if (word == "--data-dir") {
+      if (value.empty()) {
+        *error = "--data-dir needs a folder";
+        return false;
+      }
+      arguments->dataDir = AbsolutePath(value);
+    } else if (word == "--set") {
+      if (!ParseSetting(value, arguments, error)) return false;
+    } else if (word == "--threads") {
+      if (!ParseNumber(value, kMostThreads, &arguments->threads)) {
+        *error = "--threads takes a number from 0 (one per processor) to 32";
+        return false;
+      }
+    } else if (!ParseNumber(value, kMostGroup, &group)) {
+      *error = "--group takes a number from 0 (no group) to 4";
+      return false;
+    }
+  }
+  if (!haveCommand && !words.empty()) {
+    *error = "a command is missing";
+    return false;
+  }
+  if (arguments->command == Command::kIgnore) {
+    for (size_t i = 1; i < arguments->words.size(); ++i)
+      arguments->words[i] = AbsolutePath(arguments->words[i]);
+  }
+  return CheckWords(*arguments, error);
+}
+
+const char* UsageText() {
+  return R"(Finds duplicate and near-duplicate audio files in the folders you choose.
+
+quillmarsh-cli [--data-dir DIR] [--set KEY=VALUE]... [--threads N] COMMAND
+
+Commands
+  scan [--group N] FOLDER... [--json]
+                      compare all files below the folders and print the pairs that are alike;
+                      files of one group (1 to 4) are not compared with each other, and --group
+                      holds for the folders behind it
+  probe FILE...       what the decoder says of each file: format, duration, bitrate, tags
+  cache stats         how much is known from earlier scans
+  cache clear         forget it
+  ignore list         files and pairs that scans leave alone
+  ignore add A [B]    leave the file A, or the pair A and B, alone
+  ignore clear        empty that list
+
+Options
+  --data-dir DIR      keep settings, cache, ignore list and logs in DIR
+  --set KEY=VALUE     change a setting for this run, as in --set valueAudioTags=0.9
+  --threads N         number of threads; 0 is one per processor
+  --json              print one JSON object in place of a table
+  --help, --version
+
+Exit status: 0 done, 1 failed with a message, 2 wrong usage, 130 interrupted.
+)";
+}
+
+}  // namespace quill::cli

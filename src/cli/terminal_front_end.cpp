@@ -1,0 +1,70 @@
+#include "cli/terminal_front_end.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <utility>
+
+#include "cli/session.h"
+
+namespace quill::cli {
+
+namespace {
+
+constexpr int kTickMs = 200;
+
+// Columns of the terminal on standard error.
+size_t TerminalWidth() {
+  winsize size{};
+  if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return 80;
+  return size.ws_col;
+}
+
+}  // namespace
+
+CTerminalFrontEnd::CTerminalFrontEnd(std::vector<TDXSelectedFolder> folders)
+    : m_folders(std::move(folders)), m_terminal(isatty(STDERR_FILENO) == 1) {
+  QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] {
+    if (m_tick) m_tick();
+  });
+}
+
+void CTerminalFrontEnd::SetTimer(bool on) {
+  if (on)
+    m_timer.start(kTickMs);
+  else
+    m_timer.stop();
+}
+
+void CTerminalFrontEnd::ShowThreads(ScanButton button) {
+  if (button == ScanButton::kPause) m_scanning = true;
+  // The pool runs dry only once per scan: every folder queues its entries before it is done.
+  if (button == ScanButton::kScan && std::exchange(m_scanning, false)) QCoreApplication::exit(0);
+}
+
+void CTerminalFrontEnd::ShowProgress(const ProgressDisplay& progress) {
+  if (!m_terminal || !m_scanning) return;
+  const uint32_t pairs = m_pairCount ? m_pairCount() : 0;
+  std::string line = std::to_string(progress.processed) + "/" + std::to_string(progress.scheduled) +
+                     " files, " + std::to_string(pairs) + (pairs == 1 ? " pair" : " pairs");
+  if (!progress.text.empty()) line += ", " + progress.text;
+  const size_t width = TerminalWidth();
+  if (line.size() >= width) line.resize(width - 1);
+  std::fprintf(stderr, "\r%s\033[K", line.c_str());
+  std::fflush(stderr);
+  m_lineShown = true;
+}
+
+void CTerminalFrontEnd::ClearProgressLine() {
+  if (!std::exchange(m_lineShown, false)) return;
+  std::fputs("\r\033[K", stderr);
+  std::fflush(stderr);
+}
+
+void CTerminalFrontEnd::ShowAlert(const std::string& title, const std::string& text) {
+  ClearProgressLine();
+  Complain(title + ": " + text);
+}
+
+}  // namespace quill::cli

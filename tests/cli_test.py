@@ -1,0 +1,262 @@
+#!/usr/bin/env python3
+"""Drives the command line as a user does: real programs, real files, real exit codes.
+
+Usage: cli_test.py FOLDER-OF-THE-PROGRAMS
+"""
+import array
+import json
+import math
+import os
+import pathlib
+import random
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import wave
+
+PROGRAMS = pathlib.Path(sys.argv.pop(1)).resolve()
+RATE = 22050
+
+
+def music(seed, seconds):
+    """A melody of decaying harmonics; other seeds give other melodies."""
+    chance = random.Random(seed)
+    samples = array.array("h")
+    note = RATE // 2
+    while len(samples) < seconds * RATE:
+        pitches = [110 * 2 ** (chance.randrange(36) / 12) for _ in range(3)]
+        levels = [chance.uniform(1000, 4000) for _ in pitches]
+        tables = []
+        for pitch, level in zip(pitches, levels):
+            tables.append((2 * math.pi * pitch / RATE, level))
+        decay = chance.uniform(1, 6) / RATE
+        for i in range(note):
+            fade = math.exp(-decay * i)
+            value = sum(level * math.sin(step * i) for step, level in tables)
+            samples.append(int(fade * value) + chance.randrange(-60, 60))
+    return samples
+
+
+def write_wav(path, samples):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    with wave.open(str(path), "wb") as file:
+        file.setnchannels(1)
+        file.setsampwidth(2)
+        file.setframerate(RATE)
+        file.writeframes(samples.tobytes())
+
+
+def encode(source, target, *options):
+    target.parent.mkdir(parents=True, exist_ok=True)
+    subprocess.run(["ffmpeg", "-v", "error", "-y", "-i", source, *options, target], check=True)
+
+
+class CommandLine(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.media_folder = tempfile.TemporaryDirectory()
+        cls.media = pathlib.Path(cls.media_folder.name)
+        song, other = music(1, 33), music(2, 33)
+        write_wav(cls.media / "a/Song.wav", song)
+        encode(cls.media / "a/Song.wav", cls.media / "b/One.mp3", "-b:a", "128k")
+        encode(cls.media / "a/Song.wav", cls.media / "b/Two.ogg")
+        write_wav(cls.media / "b/Unlike.wav", other)
+        write_wav(cls.media / "a/short.wav", music(3, 8))
+        encode(cls.media / "a/short.wav", cls.media / "b/clip.flac")
+        cls.expected = {("Song.wav", "One.mp3"), ("Song.wav", "Two.ogg"), ("One.mp3", "Two.ogg"),
+                        ("short.wav", "clip.flac")}
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.media_folder.cleanup()
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.data = self.folder / "data"
+
+    def run_cli(self, *words, programs=PROGRAMS, data=None, **options):
+        return subprocess.run(
+            [programs / "quillmarsh-cli", "--data-dir", data or self.data, *words],
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120, **options)
+
+    def scan(self, *words, **options):
+        """The pairs of file names of a scan by sound alone, and the whole JSON object."""
+        done = self.run_cli("--set", "enableAudioTags=0", "scan", "--json", *words, **options)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        result = json.loads(done.stdout.decode("utf-8", errors="strict"))
+        pairs = {tuple(os.path.basename(p[k]) for k in "ab") for p in result["audio"]}
+        return pairs, result
+
+    def log(self):
+        return b"".join(p.read_bytes() for p in (self.data / "logs").iterdir())
+
+    def test_finds_copies_in_other_formats_and_decodes_them_once(self):
+        pairs, first = self.scan(self.media / "a", self.media / "b")
+        self.assertEqual(pairs, self.expected)
+        self.assertEqual(first["stats"], {"scheduled": 6, "processed": 6})
+        for pair in first["audio"]:
+            self.assertIsNone(pair["tags"])
+            self.assertGreater(pair["precise"], 0.5)
+            self.assertLess(pair["a"], pair["b"])
+        # A decoder that cannot even start: everything must come from the cache.
+        copies = self.folder / "bin"
+        copies.mkdir()
+        shutil.copy(PROGRAMS / "quillmarsh-cli", copies)
+        shutil.copy("/bin/false", copies / "decoder")
+        again, second = self.scan(self.media / "a", self.media / "b", programs=copies)
+        self.assertEqual(again, pairs)
+        self.assertEqual(second["audio"], first["audio"])
+        self.assertNotIn(b"Decoder process", self.log())
+        self.assertNotIn(b"failed [", self.log())
+
+    def test_table_settings_groups_and_the_ignore_list(self):
+        done = self.run_cli("scan", self.media)
+        self.assertEqual(done.returncode, 0)
+        self.assertIn(b"Group 1\n", done.stdout)
+        self.assertIn(b"Song.wav", done.stdout)
+        self.assertIn(b"4 pairs among 6 files.", done.stderr)
+
+        pairs, _ = self.scan("--group", "2", self.media / "a", self.media / "b")
+        self.assertEqual(pairs, set())
+        pairs, _ = self.scan("--group", "1", self.media / "a", "--group", "2", self.media / "b")
+        self.assertEqual(pairs, self.expected - {("One.mp3", "Two.ogg")})
+
+        pairs, _ = self.scan("--threads", "1", "--set", "enableAudioPrecise=0", self.media)
+        self.assertEqual(pairs, self.expected - {("short.wav", "clip.flac")})
+
+        for words in (["ignore", "add", self.media / "b/One.mp3", self.media / "a/Song.wav"],):
+            self.assertEqual(self.run_cli(*words).returncode, 0)
+        self.assertIn(b"One.mp3", self.run_cli("ignore", "list").stdout)
+        pairs, _ = self.scan(self.media)
+        self.assertEqual(pairs, self.expected - {("Song.wav", "One.mp3")})
+        self.assertEqual(self.run_cli("ignore", "clear").returncode, 0)
+        self.assertEqual(self.run_cli("ignore", "list").stdout, b"")
+
+        self.assertRegex(self.run_cli("cache", "stats").stdout, rb"^6 item\(s\) \(\d+\.\d\d MB\)\n$")
+        self.assertEqual(self.run_cli("cache", "clear").returncode, 0)
+        self.assertEqual(self.run_cli("cache", "stats").stdout, b"0 item(s) (0.00 MB)\n")
+
+    def test_bad_files_cost_nothing_but_themselves(self):
+        bad = self.folder / "bad"
+        shutil.copytree(self.media, bad / "good")
+        mp3 = (self.media / "b/One.mp3").read_bytes()
+        flac = (self.media / "b/clip.flac").read_bytes()
+        (bad / "empty.mp3").write_bytes(b"")
+        (bad / "zeros.wav").write_bytes(bytes(100000))
+        (bad / "text.mp3").write_text("this is no sound " * 1000)
+        (bad / "noise.flac").write_bytes(random.Random(5).randbytes(200000))
+        flipped = bytearray(flac)
+        for place in range(1000, len(flipped), 997):
+            flipped[place] ^= 0x40
+        (bad / "flipped.flac").write_bytes(flipped)
+        (bad / "cut.flac").write_bytes(flac[: len(flac) // 3])
+        (bad / "head.mp3").write_bytes(mp3[:50])
+        (bad / "named.jpg").write_bytes(mp3)
+        os.mkfifo(bad / "pipe.mp3")
+        os.symlink(bad / "good/b/One.mp3", bad / "link.mp3")
+        os.symlink(bad, bad / "loop")
+        (bad / "locked").mkdir(mode=0o000)
+        shutil.copy(self.media / "b/One.mp3", os.fsencode(bad) + b"/caf\xe9 \n\x1b[31m.mp3")
+        try:
+            pairs, result = self.scan(bad)
+        finally:
+            (bad / "locked").chmod(0o700)
+        odd = "caf\\xE9 \n\x1b[31m.mp3"
+        for name in (odd, "named.jpg"):
+            self.assertTrue(any({name, "Song.wav"} == set(p) for p in pairs), pairs)
+        self.assertTrue({tuple(sorted(p)) for p in self.expected} <=
+                        {tuple(sorted(p)) for p in pairs})
+        names = {name for pair in pairs for name in pair}
+        self.assertFalse(names & {"zeros.wav", "text.mp3", "noise.flac", "empty.mp3", "pipe.mp3",
+                                  "link.mp3"})
+        self.assertEqual(result["stats"]["scheduled"], result["stats"]["processed"])
+
+    def test_a_folder_that_vanishes_during_the_scan(self):
+        shutil.copytree(self.media, self.folder / "stays")
+        doomed = self.folder / "doomed"
+        for i in range(40):
+            shutil.copytree(self.media / "b", doomed / f"{i}")
+        process = subprocess.Popen(
+            [PROGRAMS / "quillmarsh-cli", "--data-dir", self.data, "--threads", "1", "scan",
+             "--json", doomed, self.folder / "stays"], stdout=subprocess.PIPE)
+        time.sleep(0.2)
+        shutil.rmtree(doomed)
+        output, _ = process.communicate(timeout=120)
+        self.assertEqual(process.returncode, 0)
+        names = {os.path.basename(p[k]) for p in json.loads(output)["audio"] for k in "ab"
+                 if p[k].startswith(str(self.folder / "stays"))}
+        self.assertTrue({"Song.wav", "short.wav", "clip.flac"} <= names)
+
+    def test_messages_for_what_the_user_can_mend(self):
+        cases = [
+            (["scan", self.folder / "missing"], 1, b"missing"),
+            (["scan", self.media / "a/Song.wav"], 1, b"is not a folder"),
+            (["scan"], 2, b"needs a folder"),
+            (["frobnicate"], 2, b"no command"),
+            (["probe", self.folder / "missing.mp3"], 1, b""),
+        ]
+        for words, status, text in cases:
+            done = self.run_cli(*words)
+            self.assertEqual(done.returncode, status, words)
+            self.assertIn(text, done.stderr)
+
+        copies = self.folder / "bin"
+        copies.mkdir()
+        shutil.copy(PROGRAMS / "quillmarsh-cli", copies)
+        done = self.run_cli("scan", self.media, programs=copies)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"program that reads media files is missing", done.stderr)
+
+        taken = self.folder / "taken"
+        taken.write_text("a file, not a folder")
+        done = self.run_cli("scan", self.media, data=taken)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"cannot write in the data folder", done.stderr)
+
+        (self.data / "cache.dat").mkdir(parents=True)
+        done = self.run_cli("scan", self.media)
+        self.assertEqual(done.returncode, 0)
+        self.assertIn(b"nothing is kept for the next one", done.stderr)
+        self.assertIn(b"Song.wav", done.stdout)
+
+    def test_probe_tells_format_and_tags(self):
+        tagged = self.folder / "tagged.mp3"
+        encode(self.media / "a/short.wav", tagged, "-b:a", "96k", "-metadata", "title=Näme\x1b[0m",
+               "-metadata", "artist=Who", "-metadata", "album=What")
+        done = self.run_cli("probe", tagged, self.media / "a/short.wav")
+        self.assertEqual(done.returncode, 0, done.stdout)
+        text = done.stdout.decode()
+        for part in ("MP3", "0:08.", "96 kbit/s", "22050 Hz", "Näme\\x1B[0m", "Who", "What", "PCM"):
+            self.assertIn(part, text)
+
+    def test_an_interrupted_scan_ends_in_order_and_keeps_what_it_learned(self):
+        many = self.folder / "many"
+        for i in range(12):
+            write_wav(many / f"{i}.wav", music(100 + i, 7) * 5)
+        process = subprocess.Popen(
+            [PROGRAMS / "quillmarsh-cli", "--data-dir", self.data, "--threads", "1", "scan", many],
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        cache = self.data / "cache.dat"
+        while not cache.exists() or cache.stat().st_size < 10000:
+            time.sleep(0.01)
+        second = self.run_cli("cache", "stats")
+        self.assertEqual(second.returncode, 1)
+        self.assertIn(b"another Quillmarsh is using", second.stderr)
+        process.send_signal(signal.SIGINT)
+        output, errors = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, 130, errors)
+        self.assertEqual(output, b"")
+        self.assertIn(b"interrupted", errors)
+        self.assertNotEqual(self.run_cli("cache", "stats").stdout, b"0 item(s) (0.00 MB)\n")
+        _, result = self.scan(many)
+        self.assertEqual(result["stats"]["processed"], 12)
+
+
+if __name__ == "__main__":
+    unittest.main()
