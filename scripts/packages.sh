@@ -1,0 +1,32 @@
+# Debian packages of the project, and the one way to install what is missing of them. Sourced by
+# ./run and ./test.
+
+BUILD_PACKAGES=(
+  g++ cmake ninja-build ccache pkg-config
+  qt6-base-dev
+  libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
+  libfftw3-dev libhwy-dev libunistring-dev
+)
+TEST_PACKAGES=(libgtest-dev libbenchmark-dev ffmpeg python3 clang-format clang)
+
+# need_packages PACKAGE...: installs those that are missing; silent and quick when none is.
+need_packages() {
+  local missing=() package
+  for package in "$@"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q '^install ok installed' ||
+      missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  local as_root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null; then
+      echo "These packages are missing and sudo is not here to install them: ${missing[*]}" >&2
+      return 1
+    fi
+    as_root=(sudo)
+  fi
+  echo "Installing: ${missing[*]}" >&2
+  "${as_root[@]}" apt-get update -qq >&2 &&
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
+}
