@@ -1,0 +1,150 @@
+#include "decoder/command_loop.h"
+
+#include <unistd.h>
+
+#include <utility>
+#include <vector>
+
+#include "decoder/own_memory.h"
+#include "decoding/wire.h"
+
+namespace quill::decoder {
+
+namespace {
+
+constexpr uint32_t kMaxRows = 1000;
+// A reader that wants a minute of sound has decoded half a block too much on the average, so blocks
+// are well below the size up to which the mapping stays in place between files.
+constexpr uint32_t kAudioBlockBytes = 256 * 1024;
+// Codecs may leak, and memory comes back in pieces: past this a fresh process takes over.
+constexpr uint64_t kMaxOwnMemory = 512 << 20;
+
+// Before anything of the open is answered, since the application then sends it to the successor.
+void LeaveIfGrown() {
+  if (OwnMemory() > kMaxOwnMemory) _exit(wire::kExitOrderly);
+}
+
+}  // namespace
+
+void CCommandLoop::Run() {
+  Handshake();
+  while (true) Serve(m_pipe.ReadWord());
+}
+
+void CCommandLoop::Handshake() {
+  if (m_pipe.ReadWord() != wire::kHandshake) _exit(1);
+  const uint32_t first = m_pipe.ReadWord();
+  const uint32_t second = m_pipe.ReadWord();
+  const uint32_t count = m_pipe.ReadWord();
+  if (first != wire::kHandshakeFirst || second != wire::kHandshakeSecond || count > kMaxRows) {
+    Reply(wire::kHandshake, Status::kBadHandshake);
+    m_pipe.Flush();
+    _exit(1);
+  }
+  std::vector<wire::DecoderRow> rows(count);
+  m_pipe.Read(rows.data(), rows.size() * sizeof(wire::DecoderRow));
+  m_rows = CDecoderRows(std::move(rows));
+  Reply(wire::kHandshake, Status::kOk);
+}
+
+void CCommandLoop::Serve(uint32_t command) {
+  switch (command) {
+    case wire::kAudioOpen:
+      return AudioOpen();
+    case wire::kAudioClose:
+      return AudioClose();
+    case wire::kAudioInfo:
+      return AudioInfo();
+    case wire::kAudioData:
+      return AudioData();
+    case wire::kImageOpen:
+      return ImageOpen();
+    case wire::kImageClose:
+    case wire::kImageInfo:
+    case wire::kImageData:
+      return Reply(command, Status::kNothingOpen);
+    case wire::kPurge:
+      return Purge();
+    case wire::kTagsRead:
+      return TagsRead();
+    case wire::kTagsWrite:
+      return TagsWrite();
+    default:
+      // Whatever follows cannot be told from another command.
+      _exit(1);
+  }
+}
+
+void CCommandLoop::Reply(uint32_t command, Status status) {
+  m_pipe.WriteWord(command);
+  m_pipe.WriteWord(static_cast<uint32_t>(status));
+}
+
+void CCommandLoop::AudioOpen() {
+  const std::string path = m_pipe.ReadString();
+  const uint32_t flags = m_pipe.ReadWord();
+  m_audio.reset();
+  LeaveIfGrown();
+  const Status status = m_audio.emplace().Open(path, flags, m_rows);
+  Reply(wire::kAudioOpen, status);
+  if (status == Status::kOk)
+    m_pipe.Write(&m_audio->Format(), sizeof(wire::AudioFormat));
+  else
+    m_audio.reset();
+}
+
+void CCommandLoop::AudioClose() {
+  Reply(wire::kAudioClose, m_audio ? Status::kOk : Status::kNothingOpen);
+  m_audio.reset();
+}
+
+void CCommandLoop::AudioInfo() {
+  if (!m_audio) return Reply(wire::kAudioInfo, Status::kNothingOpen);
+  wire::AudioInfo info;
+  m_audio->FillInfo(info);
+  Reply(wire::kAudioInfo, Status::kOk);
+  m_pipe.Write(&info, sizeof info);
+}
+
+void CCommandLoop::AudioData() {
+  if (!m_audio) return Reply(wire::kAudioData, Status::kNothingOpen);
+  const std::span<uint8_t> map = m_map.Provide(kAudioBlockBytes);
+  if (map.empty()) return Reply(wire::kAudioData, Status::kNoMapping);
+  const size_t size = m_audio->Read(map.first(kAudioBlockBytes));
+  Reply(wire::kAudioData, Status::kOk);
+  m_pipe.WriteWord(static_cast<uint32_t>(size));
+}
+
+void CCommandLoop::ImageOpen() {
+  (void)m_pipe.ReadString();
+  (void)m_pipe.ReadWord();
+  LeaveIfGrown();
+  Reply(wire::kImageOpen, Status::kUnknownFormat);
+}
+
+void CCommandLoop::Purge() {
+  m_map.Drop();
+  Reply(wire::kPurge, Status::kOk);
+}
+
+void CCommandLoop::TagsRead() {
+  (void)m_pipe.ReadString();
+  (void)m_pipe.ReadWord();
+  Reply(wire::kTagsRead, Status::kNotSupported);
+}
+
+void CCommandLoop::TagsWrite() {
+  // Bits of the field mask, in the order in which the fields follow.
+  constexpr uint32_t kTextFields[] = {1, 2, 4, 64, 32};
+  constexpr uint32_t kNumberFields[] = {8, 16};
+  (void)m_pipe.ReadString();
+  (void)m_pipe.ReadWord();
+  const uint32_t mask = m_pipe.ReadWord();
+  for (uint32_t field : kTextFields)
+    if ((mask & field) != 0) (void)m_pipe.ReadString();
+  for (uint32_t field : kNumberFields)
+    if ((mask & field) != 0) (void)m_pipe.ReadWord();
+  Reply(wire::kTagsWrite, Status::kNotSupported);
+}
+
+}  // namespace quill::decoder

@@ -1,0 +1,25 @@
+// The decoder program. Its argument vector has no program name: the two entries are the descriptors
+// to read commands from and to write replies to.
+#include <csignal>
+#include <cstdlib>
+
+#include "decoder/command_loop.h"
+#include "decoder/crash_guard.h"
+#include "decoder/ffmpeg.h"
+#include "decoder/pipe.h"
+#include "decoder/watcher.h"
+
+int main(int count, char** arguments) {
+  using namespace quill::decoder;
+  if (count != 2) return EXIT_FAILURE;
+  const int readDescriptor = std::atoi(arguments[0]);
+  const int writeDescriptor = std::atoi(arguments[1]);
+  InstallCrashGuard();
+  std::signal(SIGPIPE, SIG_IGN);
+  // An interrupt at the terminal reaches the whole group; the application decides what it means.
+  std::signal(SIGINT, SIG_IGN);
+  av_log_set_level(AV_LOG_QUIET);
+  StartWatcher(readDescriptor, writeDescriptor);
+  CPipe pipe(readDescriptor, writeDescriptor);
+  CCommandLoop(pipe).Run();
+}
