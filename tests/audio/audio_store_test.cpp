@@ -287,6 +287,34 @@ TEST_F(AudioStore, RestoreRebuildsTheOrderOfArrival) {
   EXPECT_EQ(entry.keys->filename, U"c");
 }
 
+class CNoPool : public CPendingWorkPool {
+ public:
+  void Shutdown(CSerializer*) override {}
+};
+class CNoQueue : public CPendingWorkQueue {
+ public:
+  void Requeue(uint32_t, std::string, uint8_t, uint8_t) override { ADD_FAILURE(); }
+};
+
+TEST_F(AudioStore, ScanStateSurvivesTheProgram) {
+  for (const char* path : {"/a", "/b", "/c", "/d"}) FileOf(path);
+  m_store.ResetScanState();
+  FileOf("/d", 200);
+  FileOf("/a", 1);
+  FileOf("/c");
+  CPendingWorkStore pending;
+  CNoPool pool;
+  CNoQueue queue;
+  ASSERT_TRUE(pending.Open(m_folder / "pending"));
+  ASSERT_TRUE(CSerializer(pending, pool, &m_store, nullptr).InnerProcess());
+  m_store.ResetScanState();
+  ASSERT_TRUE(CSerializerReader(pending, queue, &m_store, nullptr).InnerProcess());
+  EXPECT_EQ(WalkOrder(), (std::vector<std::string>{"/d", "/a", "/c"}));
+  AudioEntry entry;
+  ASSERT_TRUE(m_store.FindEntry("/d", &entry));
+  EXPECT_EQ(entry.group, 200U);
+}
+
 TEST_F(AudioStore, WalkInBatchesEqualsTheWalkOneByOne) {
   std::mt19937 random(11);
   for (int i = 0; i < 9000; ++i) {
