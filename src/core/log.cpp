@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <limits.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -128,7 +129,11 @@ bool CLog::OpenFile() {
                                    now.tm_year + 1900, now.tm_mon + 1, now.tm_mday);
   if (length >= static_cast<int>(sizeof path)) return false;
   m_file = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0664);
-  return m_file != -1;
+  if (m_file == -1) return false;
+  // A file system without locks is no reason to log nothing.
+  if (flock(m_file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) return true;
+  CloseFile();
+  return false;
 }
 
 bool CLog::MapBlock() {

@@ -3,6 +3,9 @@
 // A line is "YYYY-MM-DD HH:MM:SS", TAB, text, CR LF, in UTC. Any thread may log; the log's mutex is
 // held from the start of a line to its end, so lines never mix. Failures of the log are silent by
 // design: the text is lost and the program goes on.
+//
+// One log writes a file at a time. An advisory lock keeps a second process out, whose text is lost
+// until the first ends: the one that closed first would cut the file under the other's mapping.
 #pragma once
 
 #include <cstdint>

@@ -166,6 +166,20 @@ TEST_F(LogTest, FileThatCannotGrowLosesTextUntilItCan) {
   EXPECT_TRUE(TextOf(m_file) == expected + Line("room again"));
 }
 
+TEST_F(LogTest, SecondLogOfTheSameFileIsKeptOut) {
+  CLog second(&Now);
+  {
+    CLog first(&Now);
+    first.SetFolder(m_folder.Path());
+    second.SetFolder(m_folder.Path());
+    first.Line("one");
+    second.Line("lost");
+    first.Line("two");
+  }
+  second.Line("three");
+  EXPECT_EQ(TextOf(m_file), Line("one") + Line("two") + Line("three"));
+}
+
 TEST_F(LogTest, LinesOfManyThreadsNeverMix) {
   constexpr int kThreads = 8;
   constexpr int kLines = 400;
