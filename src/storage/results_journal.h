@@ -128,9 +128,8 @@ class CResultsJournal {
                           std::string_view artist, std::string_view album, std::string_view title);
 
  private:
-  CAudioResultsTable* const m_audio;
-  CImageResultsTable* const m_image;
-  CAnalysisResultsTable* const m_analysis;
+  friend struct CResultsJournalProbe;  // of the tests
+
   [[nodiscard]] bool ReadMagic();
   // Reads one record behind its type byte and hands it over. False ends the load.
   [[nodiscard]] bool LoadRecord(uint8_t type);
@@ -155,6 +154,9 @@ class CResultsJournal {
   void AppendBytes(const void* bytes, uint32_t length);
   void StoreEndMarker();
 
+  CAudioResultsTable* const m_audio;
+  CImageResultsTable* const m_image;
+  CAnalysisResultsTable* const m_analysis;
   CFileMap m_map;
   bool m_writable = false;
   bool m_complete = true;   // no store has failed since the last Reset
