@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 #include "decoder/audio_info.h"
 #include "decoder/sound_probe.h"
@@ -23,14 +24,18 @@ bool IsDeep(const AVCodecContext& codec, AVSampleFormat type) {
 
 Status CAudioFile::Open(const std::string& path, uint32_t flags, const CDecoderRows& rows) {
   if (!m_file.Open(path)) return Status::kCannotRead;
-  const char* demuxer = ProbeSound(m_file);
-  if (demuxer == nullptr || !rows.Allow(path, demuxer)) return Status::kUnknownFormat;
-  if (!m_container.Open(demuxer)) return Status::kUnknownFormat;
+  const ProbeResult probe = ProbeSound(m_file);
+  if (probe.demuxer == nullptr || !rows.Allow(path, probe.demuxer)) return Status::kUnknownFormat;
+  if (!m_container.Open(probe.demuxer)) return Status::kUnknownFormat;
   if ((flags & wire::kRefuseVideo) != 0 && m_container.HasVideo()) return Status::kVideoRefused;
   const AVCodec* codec = m_container.SelectSound();
   if (codec == nullptr || !m_decoder.Open(*codec)) return Status::kNoSound;
   m_frame = m_decoder.Next();
-  return InitOutput() ? Status::kOk : Status::kNoSound;
+  if (!InitOutput()) return Status::kNoSound;
+  m_length = FindSoundLength(m_file, probe, m_container, m_decoder.Context());
+  m_delayLeft = m_length.delay;
+  m_framesLeft = m_length.frames > 0 ? m_length.frames : std::numeric_limits<uint64_t>::max();
+  return Status::kOk;
 }
 
 // Without a frame (a stream of length 0) the container's word has to do.
@@ -46,26 +51,44 @@ bool CAudioFile::InitOutput() {
 }
 
 void CAudioFile::FillInfo(wire::AudioInfo& info) const {
-  FillAudioInfo(m_container, m_file.Size(), m_decoder.Context().bit_rate, info);
+  DecodedFacts facts;
+  facts.fileSize = m_file.Size();
+  facts.bitrate = m_decoder.Context().bit_rate;
+  facts.soundFrames = m_length.frames;
+  facts.sampleRate = m_output.Format().sampleRate;
+  FillAudioInfo(m_container, facts, info);
 }
 
 size_t CAudioFile::Read(std::span<uint8_t> block) {
   const uint32_t frameSize = m_output.FrameSize();
-  size_t wanted = block.size() / frameSize;
-  if (!m_varied) wanted = std::min<size_t>(wanted, kShortBlockFrames);
-  size_t done = 0;
-  while (m_frame != nullptr && done < wanted) {
-    const uint32_t left = static_cast<uint32_t>(m_frame->nb_samples) - m_framePosition;
-    const auto count = static_cast<uint32_t>(std::min<size_t>(left, wanted - done));
+  uint64_t wanted = std::min<uint64_t>(block.size() / frameSize, m_framesLeft);
+  if (!m_varied) wanted = std::min<uint64_t>(wanted, kShortBlockFrames);
+  uint64_t done = 0;
+  while (done < wanted) {
+    const uint32_t available = Available();
+    if (available == 0) break;
+    const auto count = static_cast<uint32_t>(std::min<uint64_t>(available, wanted - done));
     m_output.Convert(*m_frame, m_framePosition, count, block.data() + done * frameSize);
-    done += count;
     m_framePosition += count;
-    if (count < left) break;
+    done += count;
+  }
+  m_framesLeft -= done;
+  if (!m_varied) NoteVariation(block.first(done * frameSize));
+  return done * frameSize;
+}
+
+uint32_t CAudioFile::Available() {
+  while (m_frame != nullptr) {
+    uint32_t available = static_cast<uint32_t>(m_frame->nb_samples) - m_framePosition;
+    const auto dropped = static_cast<uint32_t>(std::min<uint64_t>(available, m_delayLeft));
+    m_delayLeft -= dropped;
+    m_framePosition += dropped;
+    available -= dropped;
+    if (available > 0) return available;
     m_frame = m_decoder.Next();
     m_framePosition = 0;
   }
-  if (!m_varied) NoteVariation(block.first(done * frameSize));
-  return done * frameSize;
+  return 0;
 }
 
 void CAudioFile::NoteVariation(std::span<const uint8_t> block) {

@@ -13,6 +13,7 @@
 #include "decoder/frame_decoder.h"
 #include "decoder/input_file.h"
 #include "decoder/sample_output.h"
+#include "decoder/sound_length.h"
 #include "decoder/status.h"
 #include "decoding/wire.h"
 
@@ -39,14 +40,19 @@ class CAudioFile {
   static constexpr uint32_t kShortBlockFrames = 256;
 
   [[nodiscard]] bool InitOutput();
+  // Samples of m_frame from m_framePosition on, after decoding as far as needed; 0 at the end.
+  [[nodiscard]] uint32_t Available();
   void NoteVariation(std::span<const uint8_t> block);
 
   CInputFile m_file;
   CContainer m_container{m_file};
   CFrameDecoder m_decoder{m_container};
   CSampleOutput m_output;
-  const AVFrame* m_frame = nullptr;   // the decoder's, being handed out; null at the end
-  uint32_t m_framePosition = 0;       // samples of it that have gone out
+  const AVFrame* m_frame = nullptr;  // the decoder's, being handed out; null at the end
+  uint32_t m_framePosition = 0;      // samples of it that have gone out
+  SoundLength m_length;
+  uint64_t m_delayLeft = 0;           // frames still to drop
+  uint64_t m_framesLeft = 0;          // frames still to hand out
   std::array<uint8_t, 32> m_start{};  // the first sample of all channels
   bool m_hasStart = false;
   bool m_varied = false;  // some sample has differed from the first

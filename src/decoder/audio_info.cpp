@@ -56,11 +56,13 @@ uint32_t FormatOf(const CContainer& container) {
   }
 }
 
-int64_t DurationMs(const CContainer& container, uint64_t fileSize, int64_t bitrate) {
+int64_t DurationMs(const CContainer& container, const DecodedFacts& facts, int64_t bitrate) {
   const AVStream& stream = container.Stream();
+  if (facts.soundFrames > 0 && facts.sampleRate > 0)
+    return av_rescale(static_cast<int64_t>(facts.soundFrames), 1000, facts.sampleRate);
   if (stream.duration > 0) return av_rescale_q(stream.duration, stream.time_base, {1, 1000});
   if (container.Context().duration > 0) return container.Context().duration / (AV_TIME_BASE / 1000);
-  return bitrate > 0 ? av_rescale(static_cast<int64_t>(fileSize), 8000, bitrate) : 0;
+  return bitrate > 0 ? av_rescale(static_cast<int64_t>(facts.fileSize), 8000, bitrate) : 0;
 }
 
 // A text of the file's tags: those of the whole file come before those of the stream.
@@ -76,14 +78,13 @@ void CopyTag(const CContainer& container, const char* key, std::span<char> field
 
 }  // namespace
 
-void FillAudioInfo(const CContainer& container, uint64_t fileSize, int64_t decodedBitrate,
-                   wire::AudioInfo& info) {
+void FillAudioInfo(const CContainer& container, const DecodedFacts& facts, wire::AudioInfo& info) {
   int64_t bitrate = container.Stream().codecpar->bit_rate;
-  if (bitrate <= 0) bitrate = decodedBitrate;
+  if (bitrate <= 0) bitrate = facts.bitrate;
   if (bitrate <= 0) bitrate = container.Context().bit_rate;
-  const int64_t durationMs = DurationMs(container, fileSize, bitrate);
+  const int64_t durationMs = DurationMs(container, facts, bitrate);
   if (bitrate <= 0 && durationMs > 0)
-    bitrate = av_rescale(static_cast<int64_t>(fileSize), 8000, durationMs);
+    bitrate = av_rescale(static_cast<int64_t>(facts.fileSize), 8000, durationMs);
   info = {};
   info.format = FormatOf(container);
   info.durationMs = Word(durationMs);

@@ -6,8 +6,14 @@
 
 namespace quill::decoder {
 
-// `decodedBitrate` is what the codec tells of the stream so far, bits per second, 0 for unknown.
-void FillAudioInfo(const CContainer& container, uint64_t fileSize, int64_t decodedBitrate,
-                   wire::AudioInfo& info);
+// What else is known of the file. 0 stands for unknown.
+struct DecodedFacts {
+  uint64_t fileSize = 0;     // bytes
+  int64_t bitrate = 0;       // bits per second, as the codec tells
+  uint64_t soundFrames = 0;  // exact length
+  uint32_t sampleRate = 0;
+};
+
+void FillAudioInfo(const CContainer& container, const DecodedFacts& facts, wire::AudioInfo& info);
 
 }  // namespace quill::decoder

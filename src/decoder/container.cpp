@@ -15,6 +15,15 @@ int RefuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary
   return AVERROR(EACCES);
 }
 
+// Which of several sound streams to play: the one marked as default, and none that is a special
+// version, if there is another.
+int Rank(const AVStream& stream) {
+  constexpr int kSpecial = AV_DISPOSITION_HEARING_IMPAIRED | AV_DISPOSITION_VISUAL_IMPAIRED |
+                           AV_DISPOSITION_COMMENT | AV_DISPOSITION_KARAOKE;
+  return ((stream.disposition & kSpecial) == 0 ? 2 : 0) +
+         ((stream.disposition & AV_DISPOSITION_DEFAULT) != 0 ? 1 : 0);
+}
+
 }  // namespace
 
 int CContainer::ReadFile(void* self, uint8_t* buffer, int length) {
@@ -62,9 +71,12 @@ bool CContainer::Open(const char* demuxer) {
   m_context.reset(context);
 
   const bool knowsStreams = KnowsStreams();
-  if (knowsStreams && KnowsDuration()) return true;
+  if (knowsStreams && KnowsDuration()) {
+    context->probesize = 1 << 12;  // how far PCM is searched for other codecs in disguise
+    return true;
+  }
   // Only as far as is needed: all streams, or just the bit rate, from which a duration follows.
-  context->probesize = knowsStreams ? 1 << 16 : 1 << 21;
+  context->probesize = knowsStreams ? 1 << 15 : 1 << 21;
   context->max_analyze_duration = 2 * AV_TIME_BASE;
   context->fps_probe_size = 0;
   return avformat_find_stream_info(context, nullptr) >= 0;
@@ -95,12 +107,18 @@ bool CContainer::HasVideo() const {
 
 const AVCodec* CContainer::SelectSound() {
   const AVCodec* codec = nullptr;
-  const int index = av_find_best_stream(m_context.get(), AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
-  if (index < 0) return nullptr;
-  for (unsigned i = 0; i < m_context->nb_streams; ++i)
-    m_context->streams[i]->discard =
-        static_cast<int>(i) == index ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
-  m_stream = m_context->streams[index];
+  int bestRank = -1;
+  for (unsigned i = 0; i < m_context->nb_streams; ++i) {
+    AVStream* stream = m_context->streams[i];
+    stream->discard = AVDISCARD_ALL;
+    if (stream->codecpar->codec_type != AVMEDIA_TYPE_AUDIO) continue;
+    const AVCodec* candidate = avcodec_find_decoder(stream->codecpar->codec_id);
+    if (candidate == nullptr || Rank(*stream) <= bestRank) continue;
+    codec = candidate;
+    bestRank = Rank(*stream);
+    m_stream = stream;
+  }
+  if (m_stream != nullptr) m_stream->discard = AVDISCARD_DEFAULT;
   return codec;
 }
 

@@ -171,7 +171,7 @@ uint64_t LeadingTagSize(Bytes head) {
 
 }  // namespace
 
-const char* ProbeSound(const CInputFile& file) {
+ProbeResult ProbeSound(const CInputFile& file) {
   std::vector<uint8_t> buffer(kSearchBytes);
   uint64_t offset = 0;
   size_t length = file.ReadAt(offset, buffer.data(), kSignatureBytes);
@@ -179,21 +179,21 @@ const char* ProbeSound(const CInputFile& file) {
     const uint64_t tagSize = LeadingTagSize({buffer.data(), length});
     if (tagSize == 0) break;
     offset += tagSize;
-    if (offset >= file.Size()) return nullptr;
+    if (offset >= file.Size()) return {};
     length = file.ReadAt(offset, buffer.data(), kSignatureBytes);
   }
 
   const Bytes head(buffer.data(), length);
-  if (const char* demuxer = BySignature(head)) return demuxer;
-  if (IsMovie(head, file.Size() - offset)) return "mov";
-  if (IsTransportStream(head)) return "mpegts";
-  if (const char* demuxer = ByMajorSync(head)) return demuxer;
+  if (const char* demuxer = BySignature(head)) return {demuxer, offset};
+  if (IsMovie(head, file.Size() - offset)) return {"mov", offset};
+  if (IsTransportStream(head)) return {"mpegts", offset};
+  if (const char* demuxer = ByMajorSync(head)) return {demuxer, offset};
 
   if (length == kSignatureBytes)
     length += file.ReadAt(offset + length, buffer.data() + length, kSearchBytes - length);
   const Bytes search(buffer.data(), length);
-  if (const char* demuxer = ByAc3Frames(search)) return demuxer;
-  return ByFrames(search);
+  if (const char* demuxer = ByAc3Frames(search)) return {demuxer, offset};
+  return {ByFrames(search), offset};
 }
 
 }  // namespace quill::decoder

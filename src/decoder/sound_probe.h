@@ -9,7 +9,11 @@
 
 namespace quill::decoder {
 
-// Short name of an FFmpeg demuxer, a constant; null when the content is none of the known ones.
-[[nodiscard]] const char* ProbeSound(const CInputFile& file);
+struct ProbeResult {
+  const char* demuxer = nullptr;  // FFmpeg's short name; null when the content is unknown
+  uint64_t offset = 0;            // of the content behind leading tags
+};
+
+[[nodiscard]] ProbeResult ProbeSound(const CInputFile& file);
 
 }  // namespace quill::decoder
