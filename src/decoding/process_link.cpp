@@ -105,9 +105,9 @@ int32_t OpenBackingFile() {
 // away from it: the application stops in its own order.
 pid_t StartChild(const char* program, char* const* arguments, const int32_t (&inherited)[3]) {
   char* const environment[] = {nullptr};
-  const pid_t child = vfork();
+  const pid_t child = vfork();  // NOLINT(clang-analyzer-security.insecureAPI.vfork)
   if (child != 0) return child;
-  setpgid(0, 0);
+  setpgid(0, 0);  // NOLINT(clang-analyzer-unix.Vfork)
   close_range(STDERR_FILENO + 1, UINT_MAX, CLOSE_RANGE_CLOEXEC);
   for (const int32_t descriptor : inherited) fcntl(descriptor, F_SETFD, 0);
   execve(program, arguments, environment);
