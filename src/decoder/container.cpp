@@ -10,6 +10,10 @@ namespace {
 constexpr int kIoBufferBytes = 32768;
 // Read errors in a row after which a file counts as ended.
 constexpr int kMaxReadErrors = 64;
+// A damaged index can lead a demuxer in circles. Packets are parts of the file, so their sum does
+// not exceed its size by much.
+constexpr int64_t kMaxRepeats = 8;
+constexpr int64_t kSmallFileBytes = 1 << 16;
 
 int RefuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
   return AVERROR(EACCES);
@@ -62,6 +66,7 @@ bool CContainer::Open(const char* demuxer) {
   m_io.reset(avio_alloc_context(buffer, kIoBufferBytes, 0, this, ReadFile, nullptr, SeekFile));
   AVFormatContext* context = avformat_alloc_context();
   if (m_io == nullptr || context == nullptr) return false;
+  m_bytesLeft = kMaxRepeats * (static_cast<int64_t>(m_file.Size()) + kSmallFileBytes);
   context->pb = m_io.get();
   context->flags |= AVFMT_FLAG_CUSTOM_IO;
   context->io_open = RefuseToOpen;
@@ -127,10 +132,13 @@ bool CContainer::NextPacket(AVPacket& packet) {
     av_packet_unref(&packet);
     const int result = av_read_frame(m_context.get(), &packet);
     if (result == AVERROR_EOF) return false;
-    if (result < 0)
+    if (result < 0) {
       ++errors;
-    else if (packet.stream_index == m_stream->index)
-      return true;
+      continue;
+    }
+    m_bytesLeft -= packet.size + 1;
+    if (m_bytesLeft < 0) return false;
+    if (packet.stream_index == m_stream->index) return true;
   }
   return false;
 }

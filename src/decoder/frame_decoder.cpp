@@ -40,11 +40,14 @@ bool CFrameDecoder::Receive() {
   while (m_failures < kMaxFailures) {
     const int result = avcodec_receive_frame(m_context.get(), m_frame.get());
     if (result == AVERROR_EOF) return false;
-    if (result == AVERROR(EAGAIN)) {
-      if (!Feed()) ++m_failures;
-    } else if (result < 0) {
+    if (result == AVERROR(EAGAIN) && Feed()) continue;
+    if (result < 0) {
       ++m_failures;
-    } else if (m_frame->nb_samples > 0 && m_frame->sample_rate > 0) {
+      continue;
+    }
+    // The MPEG audio codec labels a frame with the rate of the one before.
+    m_frame->sample_rate = m_context->sample_rate;
+    if (m_frame->nb_samples > 0 && m_frame->sample_rate > 0) {
       m_failures = 0;
       return true;
     }

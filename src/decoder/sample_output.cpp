@@ -8,6 +8,7 @@ namespace quill::decoder {
 namespace {
 
 constexpr int kMaxChannels = 64;
+constexpr int kMaxSampleRate = 8 * 768000;  // no real file has more; damaged headers do
 
 wire::ChannelsFormat TargetChannels(int count) {
   switch (count) {
@@ -39,7 +40,8 @@ bool SetEvenOddMatrix(SwrContext* converter, int channels) {
 
 bool CSampleOutput::Init(const SourceForm& source) {
   const int channels = source.layout->nb_channels;
-  if (channels < 1 || channels > kMaxChannels || source.sampleRate <= 0) return false;
+  if (channels < 1 || channels > kMaxChannels) return false;
+  if (source.sampleRate < 1 || source.sampleRate > kMaxSampleRate) return false;
   const wire::ChannelsFormat targetChannels = TargetChannels(channels);
   const int targetCount = ChannelCount(targetChannels);
   const AVSampleFormat step = source.deep ? AV_SAMPLE_FMT_FLT : AV_SAMPLE_FMT_S16;

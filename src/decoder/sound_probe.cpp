@@ -64,8 +64,8 @@ constexpr std::array kSignatures{
 };
 
 bool HasText(Bytes bytes, size_t offset, std::string_view text) {
-  return bytes.size() >= offset + text.size() &&
-         std::memcmp(bytes.data() + offset, text.data(), text.size()) == 0;
+  const std::string_view all(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  return all.size() >= offset && all.substr(offset, text.size()) == text;
 }
 
 const char* BySignature(Bytes head) {
