@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "core/configuration.h"
 #include "core/defaults.h"
 #include "support/temp_folder.h"
@@ -50,17 +52,21 @@ TEST(IniSettingsStore, ValuesSurviveARestart) {
 
 TEST(IniSettingsStore, RemovalLetsTheRegisteredValueShowThrough) {
   const test::CTempFolder folder;
-  CIniSettingsStore store(folder / "settings.ini");
   CConfiguration& configuration = CConfiguration::Instance();
-  configuration.SetStore(&store);
+  auto store = std::make_unique<CIniSettingsStore>(folder / "settings.ini");
+  configuration.SetStore(store.get());
   configuration.Register(DefaultsMiscellaneous());
+  configuration.SetBool("enableFlatMode", true);
   EXPECT_EQ(configuration.GetInteger("valueThreadLimit", 0), 1);
   configuration.SetInteger("valueThreadLimit", 7);
   EXPECT_EQ(configuration.GetInteger("valueThreadLimit", 0), 7);
   configuration.Remove("valueThreadLimit");
   EXPECT_EQ(configuration.GetInteger("valueThreadLimit", 0), 1);
   configuration.SetStore(nullptr);
-  EXPECT_EQ(test::ReadAll(folder / "settings.ini").find("enableFlatMode"), std::string::npos)
+  store.reset();
+  const std::string text = test::ReadAll(folder / "settings.ini");
+  EXPECT_NE(text.find("enableFlatMode=true"), std::string::npos);
+  EXPECT_EQ(text.find("valueThreadLimit"), std::string::npos)
       << "registered values are not written to the file";
 }
 
