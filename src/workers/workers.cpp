@@ -133,6 +133,18 @@ void CWorkers::Shutdown(CSerializer* serializer) {
   PushPoison(m_threadCount, false);
   for (uint32_t i = 0; i < m_threadCount; ++i) pthread_join(m_threads[i], nullptr);
   m_threadCount = 0;
+  // A folder that was being listed has queued its last entries behind the poisons.
+  std::list<std::unique_ptr<Request>> rest;
+  {
+    CSyncLock lock(m_queueSync);
+    rest.swap(m_queue);
+    m_queued = 0;
+  }
+  for (const std::unique_ptr<Request>& request : rest) {
+    if (!request) continue;
+    DropRequest(*request);
+    if (m_pending.fetch_sub(1) == 1) StateChange();
+  }
   m_serializer = nullptr;
 }
 

@@ -328,6 +328,8 @@ TEST_F(WorkersTest, ShutdownWritesQueuedWorkToTheStream) {
   CSerializer serializer(store, m_pool, nullptr, nullptr);
   auto written = std::async(std::launch::async, [&] { return serializer.InnerProcess(); });
   Await([&] { return m_pool.Queued() == 5; });
+  // As a folder in the middle of its listing does: behind the poison.
+  m_pool.Requeue(Request::kFile, "/late", 4, 0);
   m_permits.release();
   ASSERT_TRUE(written.get());
   ExpectIdle(1);
@@ -335,8 +337,9 @@ TEST_F(WorkersTest, ShutdownWritesQueuedWorkToTheStream) {
   CCollectedWork work;
   CSerializerReader reader(store, work, nullptr, nullptr);
   ASSERT_TRUE(reader.InnerProcess());
-  EXPECT_EQ(work.requests, (std::vector<std::string>{"/folder 0 2 1", "/file 1 3 0",
-                                                     "/analysis 2 1 0", "/analysis file 3 0 0"}));
+  EXPECT_EQ(work.requests,
+            (std::vector<std::string>{"/folder 0 2 1", "/file 1 3 0", "/analysis 2 1 0",
+                                      "/analysis file 3 0 0", "/late 1 4 0"}));
 }
 
 // Whatever the main thread does while requests arrive, the totals agree with what was finished and
