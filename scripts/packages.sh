@@ -7,7 +7,7 @@ BUILD_PACKAGES=(
   libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
   libfftw3-dev libhwy-dev libunistring-dev
 )
-TEST_PACKAGES=(libgtest-dev libbenchmark-dev ffmpeg python3 clang-format clang)
+TEST_PACKAGES=(libgtest-dev ffmpeg python3 clang-format clang)
 
 # need_packages PACKAGE...: installs those that are missing; silent and quick when none is.
 need_packages() {

@@ -151,8 +151,9 @@ bool TDXAppDelegate::IsIdle() const {
 }
 
 bool TDXAppDelegate::SaveData(const std::string& path) {
+  (void)m_audioDups.ProcessNewData();
   CResultsJournal journal(&m_audioDups, nullptr, nullptr);
-  if (journal.OpenForWriting(path)) return journal.Rebuild();
+  if (journal.OpenForWriting(path) && journal.Rebuild()) return true;
   m_frontEnd.ShowAlert("Error", "Failed to save results file");
   return false;
 }

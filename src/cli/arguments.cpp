@@ -12,6 +12,7 @@ namespace {
 
 constexpr uint32_t kMostThreads = 32;
 constexpr uint32_t kMostGroup = 4;
+constexpr const char* kResultsExtension = ".quillmarsh";
 
 enum class Kind { kTruth, kNumber, kText };
 
@@ -89,10 +90,21 @@ std::string AbsolutePath(const std::string& path) {
 
 bool CheckWords(const Arguments& arguments, std::string* error) {
   const std::vector<std::string>& words = arguments.words;
-  if (arguments.json && arguments.command != Command::kScan) *error = "--json goes with scan";
+  const bool scans = arguments.command == Command::kScan || arguments.command == Command::kResume;
+  if (arguments.json && !scans && arguments.command != Command::kShow)
+    *error = "--json goes with scan, resume and show";
+  if (!arguments.saveFile.empty() && !scans) *error = "--save goes with scan and resume";
+  if (!arguments.saveFile.empty() && !arguments.saveFile.ends_with(kResultsExtension))
+    *error = Quoted("--save takes a name that ends in .quillmarsh, not ", arguments.saveFile);
   switch (arguments.command) {
     case Command::kScan:
       if (arguments.folders.empty()) *error = "scan needs a folder";
+      break;
+    case Command::kResume:
+      if (!words.empty()) *error = "resume takes no folder: it goes on with the last scan";
+      break;
+    case Command::kShow:
+      if (words.size() != 1) *error = "show needs one results file";
       break;
     case Command::kProbe:
       if (words.empty()) *error = "probe needs a file";
@@ -135,8 +147,9 @@ bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
         continue;
       }
       static const std::pair<const char*, Command> kCommands[] = {
-          {"scan", Command::kScan},     {"probe", Command::kProbe}, {"cache", Command::kCache},
-          {"ignore", Command::kIgnore}, {"help", Command::kHelp},   {"version", Command::kVersion}};
+          {"scan", Command::kScan},   {"resume", Command::kResume},  {"show", Command::kShow},
+          {"probe", Command::kProbe}, {"cache", Command::kCache},    {"ignore", Command::kIgnore},
+          {"help", Command::kHelp},   {"version", Command::kVersion}};
       for (const auto& [name, command] : kCommands) {
         if (word != name) continue;
         arguments->command = command;
@@ -162,7 +175,8 @@ bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
       arguments->json = true;
       continue;
     }
-    if (word != "--data-dir" && word != "--set" && word != "--threads" && word != "--group") {
+    if (word != "--data-dir" && word != "--set" && word != "--threads" && word != "--group" &&
+        word != "--save") {
       *error = Quoted("there is no option ", word);
       return false;
     }
@@ -177,6 +191,8 @@ bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
         return false;
       }
       arguments->dataDir = AbsolutePath(value);
+    } else if (word == "--save") {
+      arguments->saveFile = AbsolutePath(value);
     } else if (word == "--set") {
       if (!ParseSetting(value, arguments, error)) return false;
     } else if (word == "--threads") {
@@ -206,10 +222,14 @@ const char* UsageText() {
 quillmarsh-cli [--data-dir DIR] [--set KEY=VALUE]... [--threads N] COMMAND
 
 Commands
-  scan [--group N] FOLDER... [--json]
+  scan [--group N] FOLDER... [--json] [--save FILE.quillmarsh]
                       compare all files below the folders and print the pairs that are alike;
                       files of one group (1 to 4) are not compared with each other, and --group
                       holds for the folders behind it
+  resume [--json] [--save FILE.quillmarsh]
+                      go on with what an interrupted scan left
+  show FILE.quillmarsh [--json]
+                      print a results file
   probe FILE...       what the decoder says of each file: format, duration, bitrate, tags
   cache stats         how much is known from earlier scans
   cache clear         forget it
@@ -222,6 +242,7 @@ Options
   --set KEY=VALUE     change a setting for this run, as in --set valueAudioTags=0.9
   --threads N         number of threads; 0 is one per processor
   --json              print one JSON object in place of a table
+  --save FILE         keep the results in a file for `show`
   --help, --version
 
 Exit status: 0 done, 1 failed with a message, 2 wrong usage, 130 interrupted.

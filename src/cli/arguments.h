@@ -10,7 +10,7 @@
 
 namespace quill::cli {
 
-enum class Command { kHelp, kVersion, kScan, kProbe, kCache, kIgnore };
+enum class Command { kHelp, kVersion, kScan, kResume, kShow, kProbe, kCache, kIgnore };
 
 struct Arguments {
   Command command = Command::kHelp;
@@ -18,6 +18,7 @@ struct Arguments {
   std::vector<std::pair<std::string, std::string>> settings;  // for this run only
   uint32_t threads = 0;                                       // 0: as the settings say
   bool json = false;
+  std::string saveFile;                    // scan, resume: results file to write; empty for none
   std::vector<TDXSelectedFolder> folders;  // scan
   std::vector<std::string> words;          // the other commands' own words
 };

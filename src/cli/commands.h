@@ -11,7 +11,9 @@ inline constexpr int kExitFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitInterrupted = 130;
 
+// Both scan and resume.
 [[nodiscard]] int RunScan(const Arguments& arguments);
+[[nodiscard]] int RunShow(const Arguments& arguments);
 [[nodiscard]] int RunProbe(const Arguments& arguments);
 [[nodiscard]] int RunCache(const Arguments& arguments);
 [[nodiscard]] int RunIgnore(const Arguments& arguments);

@@ -24,7 +24,10 @@ int Run(const std::vector<std::string>& words) {
   }
   switch (arguments.command) {
     case Command::kScan:
+    case Command::kResume:
       return RunScan(arguments);
+    case Command::kShow:
+      return RunShow(arguments);
     case Command::kProbe:
       return RunProbe(arguments);
     case Command::kCache:

@@ -15,6 +15,7 @@
 #include "decoding/process_link.h"
 #include "platform/qt_main_queue.h"
 #include "platform/signal_watch.h"
+#include "storage/results_journal.h"
 
 namespace quill::cli {
 
@@ -40,6 +41,16 @@ bool CheckInput(const Arguments& arguments) {
     }
   }
   return CheckDecoder();
+}
+
+// A file that is none of ours would be emptied by the save.
+bool MayWriteResults(const std::string& path) {
+  std::error_code fault;
+  if (!std::filesystem::exists(path, fault)) return true;
+  CResultsJournal journal(nullptr, nullptr, nullptr);
+  if (journal.OpenForReading(path) && journal.Load()) return true;
+  Complain(TerminalText(path) + " exists and is no results file; nothing was written");
+  return false;
 }
 
 std::string Count(size_t number, const char* one, const char* many) {
@@ -78,17 +89,19 @@ int RunScan(const Arguments& arguments) {
     interrupted = true;
     QCoreApplication::exit(0);
   });
-  delegate.StartScan();
+  if (arguments.command == Command::kScan) delegate.StartScan();
   delegate.RestoreAutosave();
-  QCoreApplication::exec();
+  if (!delegate.IsIdle()) QCoreApplication::exec();
   frontEnd.ClearProgressLine();
+  const bool saved = interrupted || arguments.saveFile.empty() ||
+                     (MayWriteResults(arguments.saveFile) && delegate.SaveData(arguments.saveFile));
   delegate.ApplicationWillTerminate();
 
   const int32_t scheduled = delegate.Counters().scheduled;
   const int32_t processed = delegate.Counters().processed;
   if (interrupted) {
     Complain("interrupted after " + Count(static_cast<size_t>(processed), "file", "files") +
-             "; what was learned of them is kept for the next scan");
+             "; \"quillmarsh-cli resume\" goes on from there");
     return kExitInterrupted;
   }
   const std::vector<AudioPairLine> pairs = ListPairs(delegate.AudioDups());
@@ -99,7 +112,7 @@ int RunScan(const Arguments& arguments) {
                  Count(pairs.size(), "pair", "pairs").c_str(),
                  Count(static_cast<size_t>(processed), "file", "files").c_str());
   }
-  return kExitDone;
+  return saved ? kExitDone : kExitFailed;
 }
 
 }  // namespace quill::cli

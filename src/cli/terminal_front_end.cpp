@@ -38,13 +38,12 @@ void CTerminalFrontEnd::SetTimer(bool on) {
 }
 
 void CTerminalFrontEnd::ShowThreads(ScanButton button) {
-  if (button == ScanButton::kPause) m_scanning = true;
-  // The pool runs dry only once per scan: every folder queues its entries before it is done.
-  if (button == ScanButton::kScan && std::exchange(m_scanning, false)) QCoreApplication::exit(0);
+  // All folders are queued before the loop runs: an idle pool is the end.
+  if (button == ScanButton::kScan) QCoreApplication::exit(0);
 }
 
 void CTerminalFrontEnd::ShowProgress(const ProgressDisplay& progress) {
-  if (!m_terminal || !m_scanning) return;
+  if (!m_terminal) return;
   const uint32_t pairs = m_pairCount ? m_pairCount() : 0;
   std::string line = std::to_string(progress.processed) + "/" + std::to_string(progress.scheduled) +
                      " files, " + std::to_string(pairs) + (pairs == 1 ? " pair" : " pairs");

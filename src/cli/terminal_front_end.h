@@ -37,7 +37,6 @@ class CTerminalFrontEnd : public CFrontEnd {
  private:
   const std::vector<TDXSelectedFolder> m_folders;
   const bool m_terminal;  // standard error is one
-  bool m_scanning = false;
   bool m_lineShown = false;
   QTimer m_timer;
 };
