@@ -83,7 +83,7 @@ bool MeasureFile() {
                                 CAudioComparer::kCorrelogram | CAudioComparer::kKeys;
   double bare = std::numeric_limits<double>::max();
   double whole = bare;
-  for (int round = 0; round < 16; ++round) {
+  for (int round = 0; round < 40; ++round) {
     const double start = Milliseconds();
     if (!DecodeOnly(engine.decoder, mp3)) return false;
     const double middle = Milliseconds();

@@ -123,17 +123,14 @@ bool CSoundPrint::CalculateSkeleton(CFloatVector* skeleton) const {
     const size_t begin = span * kLongSound / kSkeletonSpans;
     const size_t end = std::min((span + 1) * kLongSound / kSkeletonSpans, m_samples.size());
     if (begin >= end) break;
-    double sum = 0;
-    double squares = 0;
-    for (size_t i = begin; i < end; ++i) {
-      const double sample = m_samples[i];
-      sum += sample;
-      squares += sample * sample;
-    }
-    const auto count = static_cast<double>(end - begin);
-    const auto mean = static_cast<float>(sum / count);
-    const float variance = static_cast<float>(squares / count) - mean * mean;
-    if (variance > 0) (*skeleton)[span] = std::sqrt(variance);
+    const auto count = static_cast<int32_t>(end - begin);
+    float mean = 0;
+    float deviation = 0;
+    if (VecMeanDev(m_samples.data() + begin, count, &mean, &deviation) != kVecOk)
+      return CSystemError::Bool("CalculateSkeleton", 231, false);
+    // From the sample deviation to that of the whole.
+    const float share = static_cast<float>(count - 1) / static_cast<float>(count);
+    (*skeleton)[span] = deviation * std::sqrt(share);
   }
   return true;
 }

@@ -167,6 +167,7 @@ TEST_F(Walk, FolderGroupsAndIgnoredPairs) {
 }
 
 TEST_F(Walk, TagGateCutsOnlyWhereBothSidesHaveTheField) {
+  m_engine.m_settings.Configure(true, false, false, true, true, 0, 1, 1, 0.7F);
   m_engine.m_settings.SetTagGate(true, false, false, 0.95F, 0, 0);
   Add(Parts("/1/Song.mp3", 200000, "Anna"));
   Add(Parts("/2/Song.mp3", 200000, "Bert"));
