@@ -188,10 +188,9 @@ void TDXAppDelegate::ApplicationWillTerminate() {
   ProcessFolders(ScanMode::kNone);
   if (!m_keepIgnoresFile)
     (void)m_ignores.SaveIgnores(configuration.ApplicationSupportPath(kIgnoresFile));
-  _workers->Stop();
   // Paused, with the last requests in the workers' hands: the end of the threads would wait for the
   // end of the pause. These files run to their end instead.
-  if (!_workers->IsStopping() && !_workers->IsRunning()) _workers->Continue();
+  if (!_workers->IsRunning() && _workers->Queued() == 0) _workers->Continue();
   if (m_pendingWork.Open(configuration.ApplicationSupportPath(kPendingWorkFile))) {
     CSerializer serializer(m_pendingWork, *_workers, &m_audioStore, nullptr);
     (void)serializer.InnerProcess();
