@@ -35,6 +35,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <list>
 #include <string>
 #include <string_view>
@@ -254,9 +255,9 @@ class CDupsModel {
   struct Range {
     Position first, end;
   };
-  // Pairs in one batch from which a Rebuild is quicker than placing each: both cost about the same
-  // there in tables of 1000 to 100000 rows.
-  static constexpr size_t kRebuildBatch = 256;
+  // Pairs in one batch from which a Rebuild is taken to be quicker than placing each. Both cost the
+  // same at 10 to 300 pairs, by sort column and mode, in tables of 1000 to 200000 rows.
+  static constexpr size_t kRebuildBatch = 64;
 
   static int CompareAddresses(const ItemData* a, const ItemData* b) {
     return a == b ? 0 : std::less<>()(a, b) ? -1 : 1;
@@ -275,13 +276,21 @@ class CDupsModel {
     return row >= 0 && static_cast<size_t>(row) < m_viewData.size();
   }
   [[nodiscard]] Range GroupRange(uint32_t group);
+  // Brings a pair that is new in m_pairs into scores and rows.
   void InnerAdd(PairData* pair, PairData* reverse);
+  // Gives an item without a row its outer row, in the group of its partner or a new one; an item
+  // with rows may have got another place by its scores.
   void PlaceItem(ItemData* item, const ItemData* partner);
+  // Into the rows of its item's group, and the group to its place if the row leads it.
   void InsertRow(const ViewData& row);
-  void PlaceGroup(Range group);
+  // Moves the block of an item whose scores have changed within its group, and the group.
   void ReplaceItem(ItemData* item);
+  // Moves a group to where its first item belongs, and renumbers those passed.
+  void PlaceGroup(Range group);
   void MergeGroups(uint32_t a, uint32_t b);
+  // Lower bound among the groups that fill [first, end) for a group led by `leader`.
   [[nodiscard]] Position GroupPlace(const ItemData& leader, Position first, Position end);
+  // To the group numbers of the outer rows.
   void AddToGroups(Position first, Position end, int32_t step);
 
   // ---- actions (dups_actions_inl.h)

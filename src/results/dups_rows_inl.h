@@ -66,8 +66,11 @@ void CDupsModel<Traits>::ToggleGroup(int32_t row) {
 
 template <class Traits>
 auto CDupsModel<Traits>::GroupRange(uint32_t group) -> Range {
-  const auto [first, end] = std::ranges::equal_range(
-      m_viewData, group, {}, [](const ViewData& row) { return row.item->group; });
+  const Position first =
+      std::partition_point(m_viewData.begin(), m_viewData.end(),
+                           [&](const ViewData& row) { return row.item->group < group; });
+  const Position end = std::partition_point(
+      first, m_viewData.end(), [&](const ViewData& row) { return row.item->group <= group; });
   return {first, end};
 }
 
@@ -84,8 +87,6 @@ void CDupsModel<Traits>::InnerAdd(PairData* pair, PairData* reverse) {
   if (m_flatMode || b->expanded) InsertRow({b, reverse});
 }
 
-// Gives an item without a row its outer row, in the group of its partner or a new one; an item with
-// rows may have got another place by its scores.
 template <class Traits>
 void CDupsModel<Traits>::PlaceItem(ItemData* item, const ItemData* partner) {
   if (item->group) {
@@ -108,7 +109,6 @@ void CDupsModel<Traits>::InsertRow(const ViewData& row) {
   if (leads) PlaceGroup({added, added + rows + 1});
 }
 
-// Lower bound among the groups that fill [first, end): where a group led by `leader` belongs.
 template <class Traits>
 auto CDupsModel<Traits>::GroupPlace(const ItemData& leader, Position first, Position end)
     -> Position {

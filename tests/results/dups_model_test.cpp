@@ -440,7 +440,7 @@ TEST_P(DupsModelWalk, RowsAreThoseOfTheStateAfterEachOperation) {
   for (int step = 0; step < 1000 && !HasFatalFailure(); ++step) {
     const uint32_t act = Pick(100);
     if (act < 30)
-      Arrive(1 + Pick(3));
+      Arrive(1 + Pick(5) * Pick(5));
     else if (act < 31)
       Arrive(600);  // in one go, far over the size from which rows are made anew
     else if (act < 42)
@@ -474,7 +474,7 @@ TEST_P(DupsModelWalk, RowsAreThoseOfTheStateAfterEachOperation) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, DupsModelWalk, testing::Values(8u, 30u, 60u, 200u));
+INSTANTIATE_TEST_SUITE_P(Files, DupsModelWalk, testing::Values(8u, 30u, 60u, 120u));
 
 TEST_F(DupsModelTest, ThirdFileMergesTwoGroupsAndClosesTheGap) {
   CTestModel model(m_ignores);
