@@ -466,7 +466,7 @@ TEST_P(DupsModelWalk, RowsAreThoseOfTheStateAfterEachOperation) {
     if (HasFatalFailure()) break;
     m_oracle.Check(m_model);
     if (HasFatalFailure()) ADD_FAILURE() << "step " << step << " act " << act;
-    if (step % 250 == 249) {  // so that a dense graph starts over
+    if (step % 100 == 99) {  // so that a dense graph starts over
       m_model.Clear();
       m_oracle.items.clear();
       m_oracle.pairs.clear();
