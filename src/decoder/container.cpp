@@ -15,6 +15,9 @@ constexpr int kMaxReadErrors = 64;
 constexpr int64_t kMaxRepeats = 8;
 constexpr int64_t kSmallFileBytes = 1 << 16;
 
+// Read with no packet coming of it: the search for a sync word in a hole ends here.
+constexpr int64_t kMaxFruitlessBytes = 64 << 20;
+
 int RefuseToOpen(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
   return AVERROR(EACCES);
 }
@@ -32,9 +35,11 @@ int Rank(const AVStream& stream) {
 
 int CContainer::ReadFile(void* self, uint8_t* buffer, int length) {
   auto* container = static_cast<CContainer*>(self);
+  if (container->m_fruitlessBytes > kMaxFruitlessBytes) return AVERROR_EOF;
   const size_t count = container->m_file.ReadAt(static_cast<uint64_t>(container->m_position),
                                                 buffer, static_cast<size_t>(length));
   container->m_position += static_cast<int64_t>(count);
+  container->m_fruitlessBytes += static_cast<int64_t>(count);
   return count == 0 ? AVERROR_EOF : static_cast<int>(count);
 }
 
@@ -136,6 +141,7 @@ bool CContainer::NextPacket(AVPacket& packet) {
       ++errors;
       continue;
     }
+    m_fruitlessBytes = 0;
     m_bytesLeft -= packet.size + 1;
     if (m_bytesLeft < 0) return false;
     if (packet.stream_index == m_stream->index) return true;

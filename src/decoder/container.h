@@ -39,8 +39,9 @@ class CContainer {
 
   CInputFile& m_file;
   int64_t m_position = 0;
-  int64_t m_bytesLeft = 0;  // of packets, until the file counts as read
-  AvPtr<AVIOContext> m_io;  // the demuxer's, so it must go after it
+  int64_t m_bytesLeft = 0;       // of packets, until the file counts as read
+  int64_t m_fruitlessBytes = 0;  // read since the last packet
+  AvPtr<AVIOContext> m_io;       // the demuxer's, so it must go after it
   AvPtr<AVFormatContext> m_context;
   AVStream* m_stream = nullptr;
 };
