@@ -9,7 +9,8 @@ namespace quill {
 
 template <class... Pointers>
 VecStatus CheckVectors(int32_t n, Pointers... pointers) {
-  if ((!pointers || ...)) return kVecNullPointer;
+  const bool missing = (!pointers || ...);
+  if (missing) return kVecNullPointer;
   return n < 1 ? kVecBadSize : kVecOk;
 }
 
