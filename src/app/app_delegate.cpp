@@ -160,14 +160,18 @@ bool TDXAppDelegate::SaveData(const std::string& path) {
 
 bool TDXAppDelegate::LoadData(const std::string& path) {
   _stateLoaded = true;
+  // A file that is none of ours must not cost the results on show: a reading for nobody comes
+  // first.
+  CResultsJournal probe(nullptr, nullptr, nullptr);
+  if (!probe.OpenForReading(path) || !probe.Load()) {
+    m_frontEnd.ShowAlert("Error", "Failed to open results file");
+    return false;
+  }
   ResetMarks();
-  CResultsJournal* const journal = std::exchange(m_audioDups.m_journal, nullptr);
+  // With the journal, so that the autosave file holds what was opened and nothing else.
   m_audioDups.Clear();
-  m_audioDups.m_journal = journal;
-
   CResultsJournal file(&m_audioDups, nullptr, nullptr);
   const bool loaded = file.OpenForReading(path) && file.Load();
-  if (!loaded) m_frontEnd.ShowAlert("Error", "Failed to open results file");
   ReloadDups(ResultsTab::kAudioDups);
   return loaded;
 }

@@ -192,10 +192,14 @@ TEST_F(AppDelegateTest, ResultsAreSavedAndOpened) {
   EXPECT_TRUE(m_delegate->LoadData(m_data / "mine.quillmarsh"));
   EXPECT_EQ(m_delegate->AudioDups().PairCount(), 3U);
   EXPECT_TRUE(m_frontEnd.alerts.empty());
+  test::WriteAll(m_data / "notes.quillmarsh", "no results file at all, but text of some length");
   EXPECT_FALSE(m_delegate->LoadData(m_data / "missing.quillmarsh"));
+  EXPECT_FALSE(m_delegate->LoadData(m_data / "notes.quillmarsh"));
+  EXPECT_EQ(m_delegate->AudioDups().PairCount(), 3U) << "the results on show stay";
   EXPECT_FALSE(m_delegate->SaveData(m_data / "no/such/folder/x.quillmarsh"));
-  EXPECT_EQ(m_frontEnd.alerts, (std::vector<std::string>{"Failed to open results file",
-                                                         "Failed to save results file"}));
+  EXPECT_EQ(m_frontEnd.alerts,
+            (std::vector<std::string>{"Failed to open results file", "Failed to open results file",
+                                      "Failed to save results file"}));
   Terminate();
 }
 
