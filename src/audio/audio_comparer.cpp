@@ -73,6 +73,7 @@ bool CAudioComparer::AddFile(const std::string& path, uint8_t group) {
 
 bool CAudioComparer::PrepareFile(const std::string& path, uint8_t group, uint32_t request) {
   request |= kInfo;
+  const uint32_t asked = request;
   AudioEntry parts;
   AudioEntry known;
   FileInfo file;
@@ -97,7 +98,7 @@ bool CAudioComparer::PrepareFile(const std::string& path, uint8_t group, uint32_
     }
     if (!MakePrints(request, &parts)) return false;
   }
-  return m_store.File(path, parts, group, decodes) == CAudioStore::Filed::kYes;
+  return m_store.File(path, parts, group, decodes, asked) == CAudioStore::Filed::kYes;
 }
 
 bool CAudioComparer::GetFileInfo(const std::string& path, FileInfo* info) {

@@ -19,8 +19,8 @@ namespace quill {
 
 class CAudioComparer {
  public:
-  // Parts of an entry, as bits of a request.
-  enum Request : uint32_t { kInfo = 1, kSpectrum = 2, kBark = 4, kCorrelogram = 8, kKeys = 16 };
+  // What is asked for, as bits of a request.
+  using enum AudioEntry::Part;
 
   // All must outlive the comparer.
   CAudioComparer(CAudioDecoder& decoder, CAudioStore& store, const CIgnoreList& ignores,

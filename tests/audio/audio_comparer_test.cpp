@@ -381,6 +381,18 @@ TEST_F(Files, FreshFileIsNotDecodedAgain) {
   EXPECT_EQ(fourth.bark, second.bark);
 }
 
+TEST_F(Files, ShortFileInPlaceOfALongOneHasNoPrintsOfIt) {
+  const std::string path = Wav("a.wav", Steady(32));
+  ASSERT_TRUE(m_engine.m_comparer.PrepareFile(path, 0, kAll));
+  ASSERT_TRUE(m_engine.Entry(path).spectrum);
+  Wav("a.wav", Steady(5));
+  m_engine.m_store.ResetScanState();
+  ASSERT_TRUE(m_engine.m_comparer.PrepareFile(path, 0, kAll));
+  const AudioEntry entry = m_engine.Entry(path);
+  EXPECT_FALSE(entry.spectrum || entry.bark);
+  EXPECT_TRUE(entry.keys && entry.correlogram);
+}
+
 TEST_F(Files, SameSoundIsFoundInOtherFormats) {
   const std::string wav = m_folder / "one.wav";
   const std::vector<float> music = test::Music(1, 45, 44100, 1);

@@ -158,6 +158,64 @@ TEST_F(AudioStore, LaterRecordExtendsAnEarlierOne) {
   EXPECT_EQ(entry.bark->rows, full.bark->rows);
 }
 
+CRef<const ItemBase> Rewritten(const ItemBase& item) {
+  auto other = MakeRef<ItemBase>();
+  other->path = item.path;
+  other->title = "Another title";
+  other->size = item.size;
+  other->modified = item.modified + 1;
+  return other;
+}
+
+// What a file held before it was written anew must not stand for what it holds now.
+TEST_F(AudioStore, ChangedFileLosesWhatItDoesNotYieldAgain) {
+  AudioEntry before = FullEntry("/x");
+  before.keys = MakeTagKeys(*before.info);
+  ASSERT_EQ(m_store.File("/x", before, 0, false), CAudioStore::Filed::kYes);
+  m_store.ResetScanState();
+  AudioEntry after;
+  after.info = Rewritten(*before.info);
+  after.correlogram = FullEntry("/x").correlogram;
+  const uint32_t asked = AudioEntry::kInfo | AudioEntry::kSpectrum | AudioEntry::kCorrelogram;
+  ASSERT_EQ(m_store.File("/x", after, 0, false, asked), CAudioStore::Filed::kYes);
+  AudioEntry entry;
+  ASSERT_TRUE(m_store.FindEntry("/x", &entry));
+  EXPECT_FALSE(entry.keys || entry.spectrum);
+  EXPECT_EQ(entry.bark, before.bark);  // nobody asked
+  EXPECT_EQ(entry.correlogram, after.correlogram);
+
+  // The same file, with no more of it known than its tags.
+  m_store.ResetScanState();
+  AudioEntry tags;
+  tags.info = after.info;
+  ASSERT_EQ(m_store.File("/x", tags, 0, false), CAudioStore::Filed::kYes);
+  ASSERT_TRUE(m_store.FindEntry("/x", &entry));
+  EXPECT_TRUE(entry.bark && entry.correlogram);
+}
+
+TEST_F(AudioStore, RecordOfAChangedFileReplacesTheEarlierOnes) {
+  const AudioEntry full = FullEntry("/x");
+  AudioEntry first;
+  first.info = full.info;
+  first.spectrum = full.spectrum;
+  AudioEntry addition;
+  addition.bark = full.bark;
+  AudioEntry changed;
+  changed.info = Rewritten(*full.info);
+  changed.correlogram = full.correlogram;
+  AudioEntry entry;
+  for (const AudioEntry& parts : {first, addition})
+    m_store.LoadRecord(CCacheReader(Payload("/x", parts)));
+  ASSERT_TRUE(m_store.FindEntry("/x", &entry));
+  EXPECT_TRUE(entry.spectrum && entry.bark);
+  for (const AudioEntry& parts : {changed, addition})
+    m_store.LoadRecord(CCacheReader(Payload("/x", parts)));
+  ASSERT_TRUE(m_store.FindEntry("/x", &entry));
+  EXPECT_EQ(entry.info->title, "Another title");
+  EXPECT_TRUE(entry.bark && entry.correlogram);
+  EXPECT_FALSE(entry.spectrum);
+}
+
 // The fixed layout of a record, byte by byte: a file of an earlier run must stay readable.
 TEST_F(AudioStore, RecordLayout) {
   AudioEntry parts;
