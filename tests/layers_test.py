@@ -14,11 +14,12 @@ LAYERS = {
     "signal": CORE,
     "decoding": LOW,
     "audio": LOW | {"decoding"},
-    "results": LOW | {"decoding", "audio"},
-    "workers": LOW | {"decoding", "audio", "results"},
-    "app": LOW | {"decoding", "audio", "results", "workers"},
-    "platform": LOW | {"decoding", "audio", "results", "workers", "app"},
-    "cli": LOW | {"decoding", "audio", "results", "workers", "app", "platform"},
+    "image": LOW | {"decoding"},
+    "results": LOW | {"decoding", "audio", "image"},
+    "workers": LOW | {"decoding", "audio", "image", "results"},
+    "app": LOW | {"decoding", "audio", "image", "results", "workers"},
+    "platform": LOW | {"decoding", "audio", "image", "results", "workers", "app"},
+    "cli": LOW | {"decoding", "audio", "image", "results", "workers", "app", "platform"},
     "decoder": set(),
 }
 # Single headers allowed on top of the table.
