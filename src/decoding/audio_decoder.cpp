@@ -12,21 +12,6 @@ constexpr std::array<const char*, 13> kFormatNames = {
     "MP3",  "Musepack",       "Monkey Audio", "OGG", "WavPack",
     "FLAC", "Apple Lossless", "WMA"};
 
-int32_t LinkFailed(const char* name, int32_t line) {
-  return CSystemError::Integer(name, line, kDecodeLinkFailed);
-}
-
-int32_t BadArgument(const char* name, int32_t line) {
-  return CSystemError::Integer(name, line, kDecodeBadArgument);
-}
-
-// Sends a command that has no arguments and reads the status of its reply.
-bool Ask(CProcessLink& link, uint32_t command, uint32_t* status) {
-  uint32_t reply = 0;
-  return link.WriteWord(command) && link.ReadCmd(&reply) && reply == command &&
-         link.ReadWord(status);
-}
-
 }  // namespace
 
 uint32_t ChannelCount(uint32_t channelsFormat) {
@@ -83,7 +68,7 @@ int32_t CAudioDecoder::GetInfo(wire::AudioInfo* info) {
   *info = {};
   if (!m_link.IsOpen()) return BadArgument("GetInfo", 88);
   uint32_t status = 0;
-  if (!Ask(m_link, wire::kAudioInfo, &status)) return LinkFailed("GetInfo", 96);
+  if (!AskDecoder(m_link, wire::kAudioInfo, &status)) return LinkFailed("GetInfo", 96);
   if (status != 0) return static_cast<int32_t>(status);
   if (!m_link.Read(info, sizeof *info)) {
     *info = {};
@@ -105,7 +90,7 @@ int32_t CAudioDecoder::GetData(const uint8_t** block, uint32_t* size) {
   *size = 0;
   if (!m_link.IsOpen()) return BadArgument("GetData", 128);
   uint32_t status = 0;
-  if (!Ask(m_link, wire::kAudioData, &status)) return LinkFailed("GetData", 136);
+  if (!AskDecoder(m_link, wire::kAudioData, &status)) return LinkFailed("GetData", 136);
   if (status != 0) return static_cast<int32_t>(status);
   uint32_t count = 0;
   if (!m_link.ReadWord(&count)) return LinkFailed("GetData", 142);
@@ -123,7 +108,7 @@ int32_t CAudioDecoder::Close() {
   m_format = {};
   if (!m_link.IsOpen()) return BadArgument("Close", 161);
   uint32_t status = 0;
-  if (!Ask(m_link, wire::kAudioClose, &status)) return LinkFailed("Close", 168);
+  if (!AskDecoder(m_link, wire::kAudioClose, &status)) return LinkFailed("Close", 168);
   if (status != 0) return static_cast<int32_t>(status);
   return m_link.PurgeMapping() ? kDecodeOk : LinkFailed("Close", 174);
 }

@@ -1,25 +1,18 @@
 // The client through which everything reads an audio file: four commands over a process link, and
 // blocks of interleaved samples in whatever format the file has, read in place from the mapping.
-// Belongs to the thread of its link.
-//
-// Results: 0 success; -1 a bad argument, a link that is not open or a mapping that does not hold
-// the data (reported); -3 a failure of the link (reported); any other value is the decoder's own
-// status for this file, passed on with no report.
+// Belongs to the thread of its link. Results are those of client_reply.h.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
+#include "decoding/client_reply.h"
 #include "decoding/process_link.h"
 #include "decoding/wire.h"
 
 namespace quill {
 
 using AudioFormat = wire::AudioFormat;
-
-inline constexpr int32_t kDecodeOk = 0;
-inline constexpr int32_t kDecodeBadArgument = -1;
-inline constexpr int32_t kDecodeLinkFailed = -3;
 
 // Bytes of one frame; 0 for an unknown format.
 [[nodiscard]] uint32_t FrameSize(const AudioFormat& format);
