@@ -60,9 +60,11 @@ void CCommandLoop::Serve(uint32_t command) {
     case wire::kImageOpen:
       return ImageOpen();
     case wire::kImageClose:
+      return ImageClose();
     case wire::kImageInfo:
+      return ImageInfo();
     case wire::kImageData:
-      return Reply(command, Status::kNothingOpen);
+      return ImageData();
     case wire::kPurge:
       return Purge();
     case wire::kTagsRead:
@@ -116,10 +118,36 @@ void CCommandLoop::AudioData() {
 }
 
 void CCommandLoop::ImageOpen() {
-  (void)m_pipe.ReadString();
+  const std::string path = m_pipe.ReadString();
   (void)m_pipe.ReadWord();
+  m_picture.reset();
   LeaveIfGrown();
-  Reply(wire::kImageOpen, Status::kUnknownFormat);
+  const Status status = m_picture.emplace().Open(path);
+  Reply(wire::kImageOpen, status);
+  if (status != Status::kOk) m_picture.reset();
+}
+
+void CCommandLoop::ImageClose() {
+  Reply(wire::kImageClose, m_picture ? Status::kOk : Status::kNothingOpen);
+  m_picture.reset();
+}
+
+void CCommandLoop::ImageInfo() {
+  if (!m_picture) return Reply(wire::kImageInfo, Status::kNothingOpen);
+  Reply(wire::kImageInfo, Status::kOk);
+  m_pipe.Write(&m_picture->Info(), sizeof(wire::ImageInfo));
+}
+
+void CCommandLoop::ImageData() {
+  if (!m_picture) return Reply(wire::kImageData, Status::kNothingOpen);
+  wire::ImageData data{};
+  Status status = m_picture->PreparePixels(data);
+  if (status != Status::kOk) return Reply(wire::kImageData, status);
+  const std::span<uint8_t> map = m_map.Provide(data.height * data.rowStep);
+  if (map.empty()) return Reply(wire::kImageData, Status::kNoMapping);
+  status = m_picture->WritePixels(map);
+  Reply(wire::kImageData, status);
+  if (status == Status::kOk) m_pipe.Write(&data, sizeof data);
 }
 
 void CCommandLoop::Purge() {

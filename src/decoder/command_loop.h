@@ -6,6 +6,7 @@
 
 #include "decoder/audio_file.h"
 #include "decoder/decoder_rows.h"
+#include "decoder/picture_file.h"
 #include "decoder/pipe.h"
 #include "decoder/shared_map.h"
 #include "decoder/status.h"
@@ -29,6 +30,9 @@ class CCommandLoop {
   void AudioInfo();
   void AudioData();
   void ImageOpen();
+  void ImageClose();
+  void ImageInfo();
+  void ImageData();
   void Purge();
   void TagsRead();
   void TagsWrite();
@@ -37,6 +41,7 @@ class CCommandLoop {
   CSharedMap m_map;
   CDecoderRows m_rows;
   std::optional<CAudioFile> m_audio;
+  std::optional<CPictureFile> m_picture;
 };
 
 }  // namespace quill::decoder

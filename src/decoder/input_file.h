@@ -20,6 +20,9 @@ class CInputFile {
 
   // Bytes read: fewer than `length` at the end of the file or on an error.
   [[nodiscard]] size_t ReadAt(uint64_t offset, void* buffer, size_t length) const;
+  // Still this object's. For a library that takes no other source; ReadAt does not depend on the
+  // position that it leaves.
+  [[nodiscard]] int Descriptor() const { return m_descriptor; }
   // As it was when the file was opened.
   [[nodiscard]] uint64_t Size() const { return m_size; }
 

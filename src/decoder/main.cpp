@@ -6,8 +6,17 @@
 #include "decoder/command_loop.h"
 #include "decoder/crash_guard.h"
 #include "decoder/ffmpeg.h"
+#include "decoder/own_memory.h"
 #include "decoder/pipe.h"
 #include "decoder/watcher.h"
+
+namespace {
+
+// A header of a few bytes can make a codec ask for any amount. This is enough for each format up to
+// 100 million pixels and more.
+constexpr uint64_t kMaxCodecMemory = uint64_t{2} << 30;
+
+}  // namespace
 
 int main(int count, char** arguments) {
   using namespace quill::decoder;
@@ -15,6 +24,7 @@ int main(int count, char** arguments) {
   const int readDescriptor = std::atoi(arguments[0]);
   const int writeDescriptor = std::atoi(arguments[1]);
   InstallCrashGuard();
+  LimitOwnMemory(kMaxCodecMemory);
   std::signal(SIGPIPE, SIG_IGN);
   // An interrupt at the terminal reaches the whole group; the application decides what it means.
   std::signal(SIGINT, SIG_IGN);

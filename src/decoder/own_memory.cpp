@@ -1,19 +1,42 @@
 #include "decoder/own_memory.h"
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
 
 namespace quill::decoder {
 
-uint64_t OwnMemory() {
+namespace {
+
+// In bytes; all zero when the system does not tell.
+struct Memory {
+  uint64_t resident = 0;
+  uint64_t data = 0;  // private and writable, touched or not
+};
+
+Memory ReadMemory() {
   std::FILE* file = std::fopen("/proc/self/statm", "re");
-  if (file == nullptr) return 0;
-  unsigned long total = 0;
+  if (file == nullptr) return {};
   unsigned long resident = 0;
-  const int fields = std::fscanf(file, "%lu %lu", &total, &resident);
+  unsigned long data = 0;
+  const int fields = std::fscanf(file, "%*u %lu %*u %*u %*u %lu", &resident, &data);
   std::fclose(file);
-  return fields == 2 ? uint64_t{resident} * static_cast<uint64_t>(sysconf(_SC_PAGESIZE)) : 0;
+  if (fields != 2) return {};
+  const auto page = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
+  return {resident * page, data * page};
+}
+
+}  // namespace
+
+uint64_t OwnMemory() {
+  return ReadMemory().resident;
+}
+
+void LimitOwnMemory(uint64_t bytes) {
+  const uint64_t limit = ReadMemory().data + bytes;
+  const rlimit data{limit, limit};
+  setrlimit(RLIMIT_DATA, &data);
 }
 
 }  // namespace quill::decoder

@@ -1,4 +1,4 @@
-// How much memory this process has come to hold.
+// How much memory this process holds, and how much it may.
 #pragma once
 
 #include <cstdint>
@@ -7,5 +7,9 @@ namespace quill::decoder {
 
 // Resident bytes; 0 when the system does not tell.
 [[nodiscard]] uint64_t OwnMemory();
+
+// From here on, allocations that would take the process this many bytes beyond what it has now
+// fail. Shared mappings do not count.
+void LimitOwnMemory(uint64_t bytes);
 
 }  // namespace quill::decoder

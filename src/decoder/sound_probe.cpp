@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "decoder/byte_order.h"
 #include "decoder/frame_headers.h"
 
 namespace quill::decoder {
@@ -73,10 +74,6 @@ const char* BySignature(Bytes head) {
     if (HasText(head, 0, signature.start) && HasText(head, 8, signature.atEight))
       return signature.demuxer;
   return nullptr;
-}
-
-uint32_t BigEndian32(const uint8_t* bytes) {
-  return uint32_t{bytes[0]} << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
 }
 
 // MP4 and QuickTime begin with a box: its size, then a name. Several boxes may come first.

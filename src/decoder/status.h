@@ -16,6 +16,8 @@ enum class Status : uint32_t {
   kNoMapping = 6,      // the application could not provide room for the data
   kNotSupported = 7,   // the program does not serve this command
   kBadHandshake = 8,   // the application speaks another version
+  kTooLarge = 9,       // a picture beyond what is delivered
+  kDamaged = 10,       // a picture whose pixels cannot be decoded
 };
 
 }  // namespace quill::decoder
