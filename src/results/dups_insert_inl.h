@@ -87,21 +87,28 @@ bool CDupsModel<Traits>::ProcessNewData() {
     CSyncLock lock(m_sync);
     batch.splice(batch.end(), m_pairsNew);
   }
-  const bool place = batch.size() < kRebuildBatch;
+  const bool single = batch.size() < kBatch;
   const auto itemFor = [this](const CRef<const Base>& base, uint8_t folderGroup) {
     ItemData* known = FindItem(base->path);
     return known ? known : InsertJournaled(base, folderGroup);
   };
   bool good = true;
+  std::vector<PairData*> added;
   for (const InsertData& data : batch) {
     ItemData* first = itemFor(data.first, data.firstGroup);
     ItemData* second = itemFor(data.second, data.secondGroup);
-    if (!first || !second || !InsertJournaled(first, second, data.scores, place)) {
+    PairData* pair = first && second ? InsertJournaled(first, second, data.scores) : nullptr;
+    if (!pair) {
       good = CSystemError::Bool("ProcessNewData", 1, false);
       break;
     }
+    if (single) {
+      InnerAdd(pair);
+    } else {
+      added.push_back(pair);
+    }
   }
-  if (!place) Rebuild();
+  if (!added.empty()) PlaceBatch(added);
   return good;
 }
 
@@ -121,27 +128,27 @@ auto CDupsModel<Traits>::InsertJournaled(CRef<const Base> base, uint8_t folderGr
 }
 
 template <class Traits>
-bool CDupsModel<Traits>::InsertJournaled(ItemData* first, ItemData* second, Scores scores,
-                                         bool place) {
+auto CDupsModel<Traits>::InsertJournaled(ItemData* first, ItemData* second, Scores scores)
+    -> PairData* {
   // A score that is no number has no place in any order; it can only come from a damaged file.
   for (float& score : scores) {
     if (std::isnan(score)) score = -1;
   }
-  if (first == second || FindPair(first, second) || FindPair(second, first)) {
-    return CSystemError::Bool("InsertJournaled", 2, false);
-  }
+  const auto fail = [](uint32_t line) -> PairData* {
+    CSystemError::Bool("InsertJournaled", line, false);
+    return nullptr;
+  };
+  if (first == second || FindPair(first, second) || FindPair(second, first)) return fail(2);
   PairData* pair = m_pairs.Add({first, second, scores});
-  if (!pair) return CSystemError::Bool("InsertJournaled", 3, false);
-  PairData* reverse = m_pairs.Add({second, first, scores});
-  if (!reverse) {
+  if (!pair) return fail(3);
+  if (!m_pairs.Add({second, first, scores})) {
     m_pairs.Remove(pair);
-    return CSystemError::Bool("InsertJournaled", 4, false);
+    return fail(4);
   }
   ++first->pairs;
   ++second->pairs;
-  if (place) InnerAdd(pair, reverse);
   if (m_journal) Traits::JournalPair(*m_journal, first->base->path, second->base->path, scores);
-  return true;
+  return pair;
 }
 
 template <class Traits>
@@ -159,7 +166,7 @@ bool CDupsModel<Traits>::BulkAddPair(std::string_view first, std::string_view se
                                      const Scores& scores) {
   ItemData* a = FindItem(first);
   ItemData* b = FindItem(second);
-  if (!a || !b || !InsertJournaled(a, b, scores, false)) {
+  if (!a || !b || !InsertJournaled(a, b, scores)) {
     return CSystemError::Bool("BulkAdd", 2, false);
   }
   return true;

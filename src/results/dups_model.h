@@ -16,7 +16,8 @@
 //  4. an item has exactly one outer row once its group is not 0; inner rows exist always in flat
 //     mode, and for expanded items only in grouped mode.
 // Two roads keep them: pairs that trickle in are placed one by one by binary search and rotation,
-// and a large batch, like every other change of order or membership, makes all rows anew.
+// and a larger batch is merged into the table in one pass, which sorts only the items it touches.
+// Every other change of order or membership makes all rows anew.
 //
 // `Traits` says what differs between the tables:
 //   using Base                           the counted record of a file, with `path` and `size`
@@ -65,6 +66,7 @@ class CDupsModel {
     uint8_t folderGroup = 0;  // the group of the folder that the file was found under; 0 is none
     bool marked = false;      // for a bulk action
     bool expanded = false;    // grouped mode: the item's inner rows are in the table
+    bool touched = false;     // by the batch in hand
     uint32_t group = 0;       // number of the table group; 0 while the item has no row
     uint32_t pairs = 0;       // pairs in which the item is the first member
     Scores minimum{};         // over the item's pairs; 1.0 without any
@@ -220,9 +222,9 @@ class CDupsModel {
   }
   // Null after a report when memory is short.
   ItemData* InsertJournaled(CRef<const Base> base, uint8_t folderGroup);
-  // Inserts both directions; false after a report if the pair is there already or memory is short.
-  // Without `place` the rows wait for a Rebuild.
-  bool InsertJournaled(ItemData* first, ItemData* second, Scores scores, bool place);
+  // Inserts both directions and gives the first; null after a report if the pair is there already
+  // or memory is short. Scores and rows of the items stay as they are.
+  PairData* InsertJournaled(ItemData* first, ItemData* second, Scores scores);
   // Gives the item its new record and journals that; false after a report if there is none. The
   // rows stay as they are.
   bool ChangeJournaled(ItemData* item, CRef<const Base> changed);
@@ -255,9 +257,9 @@ class CDupsModel {
   struct Range {
     Position first, end;
   };
-  // Pairs in one batch from which a Rebuild is taken to be quicker than placing each. Both cost the
-  // same at 10 to 300 pairs, by sort column and mode, in tables of 1000 to 200000 rows.
-  static constexpr size_t kRebuildBatch = 64;
+  // Pairs in one batch from which one pass over the table is quicker than placing each: both cost
+  // about the same there in tables of 1000 to 100000 rows.
+  static constexpr size_t kBatch = 16;
 
   static int CompareAddresses(const ItemData* a, const ItemData* b) {
     return a == b ? 0 : std::less<>()(a, b) ? -1 : 1;
@@ -277,7 +279,7 @@ class CDupsModel {
   }
   [[nodiscard]] Range GroupRange(uint32_t group);
   // Brings a pair that is new in m_pairs into scores and rows.
-  void InnerAdd(PairData* pair, PairData* reverse);
+  void InnerAdd(PairData* pair);
   // Gives an item without a row its outer row, in the group of its partner or a new one; an item
   // with rows may have got another place by its scores.
   void PlaceItem(ItemData* item, const ItemData* partner);
@@ -293,6 +295,14 @@ class CDupsModel {
   // To the group numbers of the outer rows.
   void AddToGroups(Position first, Position end, int32_t step);
 
+  // ---- many rows at once (dups_batch_inl.h)
+  struct FreshGroup;
+  // Folds the scores of these pairs, of which each stands for both directions, into their items and
+  // gives them their rows.
+  void PlaceBatch(const std::vector<PairData*>& pairs);
+  // The outer row of the item, and its inner rows as far as they are shown.
+  void AppendRows(ItemData* item, std::vector<ViewData>* rows) const;
+
   // ---- actions (dups_actions_inl.h)
   void RemovePair(PairData* pair);
   void RemoveSets(const CUniqueList<ItemData>& items, const CUniqueList<PairData>& pairs);
@@ -305,6 +315,7 @@ class CDupsModel {
 }  // namespace quill
 
 #include "results/dups_actions_inl.h"
+#include "results/dups_batch_inl.h"
 #include "results/dups_insert_inl.h"
 #include "results/dups_order_inl.h"
 #include "results/dups_rows_inl.h"

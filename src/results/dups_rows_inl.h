@@ -1,12 +1,9 @@
-// The rows of a duplicates table: look-up, the placing of single rows while pairs trickle in, and
-// the making of all rows at once.
+// The rows of a duplicates table: look-up, and the placing of single rows while pairs trickle in.
 #pragma once
 
 #include <algorithm>
-#include <numeric>
 
 #include "core/system_error.h"
-#include "results/components.h"
 #include "results/dups_model.h"
 
 namespace quill {
@@ -54,9 +51,9 @@ void CDupsModel<Traits>::ToggleGroup(int32_t row) {
   ItemData* item = outer->item;
   item->expanded = !item->expanded;
   if (item->expanded) {
-    std::vector<ViewData> inner;
-    for (PairData* pair : SortedPairs(item)) inner.push_back({item, pair});
-    m_viewData.insert(outer + 1, inner.begin(), inner.end());
+    std::vector<ViewData> rows;
+    AppendRows(item, &rows);
+    m_viewData.insert(outer + 1, rows.begin() + 1, rows.end());
   } else {
     m_viewData.erase(outer + 1,
                      std::find_if(outer + 1, m_viewData.end(),
@@ -75,7 +72,7 @@ auto CDupsModel<Traits>::GroupRange(uint32_t group) -> Range {
 }
 
 template <class Traits>
-void CDupsModel<Traits>::InnerAdd(PairData* pair, PairData* reverse) {
+void CDupsModel<Traits>::InnerAdd(PairData* pair) {
   ItemData* a = pair->first;
   ItemData* b = pair->second;
   a->Fold(pair->scores);
@@ -84,7 +81,7 @@ void CDupsModel<Traits>::InnerAdd(PairData* pair, PairData* reverse) {
   PlaceItem(b, a);
   if (!m_flatMode && a->group != b->group) MergeGroups(a->group, b->group);
   if (m_flatMode || a->expanded) InsertRow({a, pair});
-  if (m_flatMode || b->expanded) InsertRow({b, reverse});
+  if (m_flatMode || b->expanded) InsertRow({b, FindPair(b, a)});
 }
 
 template <class Traits>
@@ -185,68 +182,6 @@ void CDupsModel<Traits>::MergeGroups(uint32_t a, uint32_t b) {
   std::rotate(low.end, high.first, high.end);
   std::inplace_merge(low.first, low.end, low.end + (high.end - high.first),
                      [this](const ViewData& x, const ViewData& y) { return RowBefore(x, y); });
-}
-
-template <class Traits>
-void CDupsModel<Traits>::Rebuild() {
-  m_viewData.clear();
-  // Until it is numbered, an item's group is its place in `items`, from 1.
-  std::vector<ItemData*> items;
-  items.reserve(m_items.Count());
-  for (ItemData* item = m_items.Next(nullptr); item; item = m_items.Next(item)) {
-    item->ResetScores();
-    item->group = 0;
-    if (!item->pairs) continue;
-    items.push_back(item);
-    item->group = static_cast<uint32_t>(items.size());
-  }
-
-  CComponents components(items.size());
-  std::vector<PairData*> pairs;
-  pairs.reserve(m_pairs.Count());
-  std::vector<size_t> firstPair(items.size());  // where an item's pairs begin, by its place
-  const ItemData* last = nullptr;
-  for (PairData* pair = m_pairs.Next(nullptr); pair; pair = m_pairs.Next(pair)) {
-    pair->first->Fold(pair->scores);
-    const uint32_t place = pair->first->group - 1;
-    if (pair->first != last) firstPair[place] = pairs.size();
-    last = pair->first;
-    pairs.push_back(pair);
-    if (!m_flatMode) components.Join(place, pair->second->group - 1);
-  }
-
-  // One sort of all items: the first item of each component numbers the groups, and dealing the
-  // items out by number keeps their order in each group.
-  std::sort(items.begin(), items.end(),
-            [this](const ItemData* a, const ItemData* b) { return CompareItems(*a, *b) < 0; });
-  std::vector<uint32_t> number(items.size(), 0);  // of the group, by component; 0 not yet given
-  std::vector<size_t> groupStart(1, 0);           // by number; first the sizes
-  for (const ItemData* item : items) {
-    uint32_t& group = number[components.Find(item->group - 1)];
-    if (!group) {
-      group = static_cast<uint32_t>(groupStart.size());
-      groupStart.push_back(0);
-    }
-    ++groupStart[group];
-  }
-  std::exclusive_scan(groupStart.begin(), groupStart.end(), groupStart.begin(), size_t{0});
-  std::vector<ItemData*> ordered(items.size());
-  for (ItemData* item : items) {
-    ordered[groupStart[number[components.Find(item->group - 1)]]++] = item;
-  }
-
-  m_viewData.reserve(items.size() + (m_flatMode ? pairs.size() : 0));
-  for (ItemData* item : ordered) {
-    const uint32_t place = item->group - 1;
-    item->group = number[components.Find(place)];
-    m_viewData.push_back({item, nullptr});
-    if (!m_flatMode && !item->expanded) continue;
-    const auto begin = pairs.begin() + static_cast<std::ptrdiff_t>(firstPair[place]);
-    const auto end = begin + item->pairs;
-    std::sort(begin, end,
-              [this](const PairData* a, const PairData* b) { return ComparePairs(*a, *b) < 0; });
-    for (auto pair = begin; pair != end; ++pair) m_viewData.push_back({item, *pair});
-  }
 }
 
 }  // namespace quill
