@@ -1,7 +1,5 @@
 #include "audio/audio_comparer.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -80,7 +78,7 @@ bool CAudioComparer::PrepareFile(const std::string& path, uint8_t group, uint32_
   const bool isKnown = m_store.FindEntry(path, &known);
   if (isKnown) {
     if (!GetFileInfo(path, &file)) return CSystemError::Bool("PrepareFile", 290, false);
-    if (file.size == known.info->size && file.modified == known.info->modified) {
+    if (file == FileInfoOf(*known.info)) {
       request = Missing(known, request);
       if (request & kKeys) {
         parts.keys = MakeTagKeys(*known.info);
@@ -99,14 +97,6 @@ bool CAudioComparer::PrepareFile(const std::string& path, uint8_t group, uint32_
     if (!MakePrints(request, &parts)) return false;
   }
   return m_store.File(path, parts, group, decodes, asked) == CAudioStore::Filed::kYes;
-}
-
-bool CAudioComparer::GetFileInfo(const std::string& path, FileInfo* info) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return CSystemError::Bool("GetFileInfo", 267, false);
-  info->size = static_cast<uint64_t>(status.st_size);
-  info->modified = static_cast<uint32_t>(status.st_mtime);
-  return true;
 }
 
 bool CAudioComparer::ReadFile(const std::string& path, const FileInfo* known, uint32_t request,

@@ -13,6 +13,7 @@
 #include "audio/precise.h"
 #include "audio/sound_print.h"
 #include "decoding/audio_decoder.h"
+#include "storage/file_info.h"
 #include "storage/ignore_list.h"
 
 namespace quill {
@@ -38,12 +39,6 @@ class CAudioComparer {
   [[nodiscard]] bool CompareFile(const std::string& path);
 
  private:
-  struct FileInfo {
-    uint64_t size = 0;      // bytes
-    uint32_t modified = 0;  // seconds, low 32 bits
-  };
-  [[nodiscard]] static bool GetFileInfo(const std::string& path, FileInfo* info);
-
   // Steps of PrepareFile. `known` is null unless the file system has been asked already, `info`
   // when the decoder had none.
   [[nodiscard]] bool ReadFile(const std::string& path, const FileInfo* known, uint32_t request,

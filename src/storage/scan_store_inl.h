@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/system_error.h"
+#include "storage/file_info.h"
 #include "storage/scan_store.h"
 
 namespace quill {
@@ -40,9 +41,7 @@ typename CScanStore<Traits>::Filed CScanStore<Traits>::File(const std::string& p
 
 template <class Traits>
 void CScanStore<Traits>::Renew(const Entry& parts, uint32_t asked, Stored* entry) {
-  if (parts.info &&
-      (parts.info->size != entry->info->size || parts.info->modified != entry->info->modified))
-    entry->Drop(asked);
+  if (parts.info && FileInfoOf(*parts.info) != FileInfoOf(*entry->info)) entry->Drop(asked);
   entry->Merge(parts);
 }
 

@@ -7,6 +7,7 @@
 //   status N          answers with status N
 //   block PATH A N    puts N bytes at offset A of a file in the mapping and answers with the count,
 //                     asking for a larger mapping first if need be
+//   fill PATH N       puts the first N bytes of a file in the mapping, with no answer
 //   id N              the next answer repeats N instead of the command's id
 //   trickle MS        the next answer goes byte by byte, with so long a pause before each
 //   cut N             of the next answer only N bytes go out, then the process ends with 11
@@ -171,6 +172,11 @@ class CFakeDecoder {
       SendBlock(in);
       return true;
     }
+    if (verb == "fill") {
+      std::string path;
+      in >> path;
+      Fill(path, 0, Number(in));
+    }
     if (verb == "id") m_replyId = Number(in);
     if (verb == "trickle") m_trickleMs = Number(in);
     if (verb == "cut") m_cut = static_cast<int64_t>(Number(in));
@@ -266,16 +272,20 @@ class CFakeDecoder {
     m_mapSize = 0;
   }
 
-  void SendBlock(std::istringstream& in) {
-    std::string path;
-    in >> path;
-    const uint32_t offset = Number(in);
-    const uint32_t count = Number(in);
+  void Fill(const std::string& path, uint32_t offset, uint32_t count) {
     if (m_mapSize < count && Resize(count) < count) _exit(73);
     std::ifstream file(path, std::ios::binary);
     file.seekg(offset);
     file.read(m_map, count);
     if (file.gcount() != count) _exit(74);
+  }
+
+  void SendBlock(std::istringstream& in) {
+    std::string path;
+    in >> path;
+    const uint32_t offset = Number(in);
+    const uint32_t count = Number(in);
+    Fill(path, offset, count);
     std::string reply;
     AppendWord(&reply, count);
     Answer(0, reply);
