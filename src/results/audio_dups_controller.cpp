@@ -20,22 +20,22 @@ size_t AudioDupsTraits::ScoreOf(FieldId column) {
   }
 }
 
-int AudioDupsTraits::CompareFiles(FieldId column, const ItemBase& a, const ItemBase& b) {
+FileKey AudioDupsTraits::KeyOf(FieldId column, const ItemBase& base) {
   switch (column) {
     case FieldId::kArtist:
-      return a.artist.compare(b.artist);
+      return FileKey(base.artist);
     case FieldId::kTitle:
-      return a.title.compare(b.title);
+      return FileKey(base.title);
     case FieldId::kAlbum:
-      return a.album.compare(b.album);
+      return FileKey(base.album);
     case FieldId::kFormat:
-      return std::string_view(AudioFormatText(a.format)).compare(AudioFormatText(b.format));
+      return FileKey(std::string_view(AudioFormatText(base.format)));
     case FieldId::kDuration:
-      return CompareValues(a.durationMs, b.durationMs);
+      return FileKey(base.durationMs);
     case FieldId::kBitrate:
-      return CompareValues(a.bitrate, b.bitrate);
+      return FileKey(base.bitrate);
     default:
-      return 0;
+      return {};
   }
 }
 

@@ -23,7 +23,7 @@ struct AudioDupsTraits {
   static constexpr const char* kSortKey = "audioDupsSort";
 
   [[nodiscard]] static size_t ScoreOf(FieldId column);
-  [[nodiscard]] static int CompareFiles(FieldId column, const ItemBase& a, const ItemBase& b);
+  [[nodiscard]] static FileKey KeyOf(FieldId column, const ItemBase& base);
   static void JournalItem(CResultsJournal& journal, const ItemBase& base, uint8_t folderGroup);
   static void JournalPair(CResultsJournal& journal, std::string_view first, std::string_view second,
                           const Scores& scores);

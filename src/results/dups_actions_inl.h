@@ -22,8 +22,7 @@ template <class Traits>
 auto CDupsModel<Traits>::SortedPairs(const ItemData* item) const -> std::vector<PairData*> {
   std::vector<PairData*> pairs;
   ForEachPair(item, [&](PairData* pair) { pairs.push_back(pair); });
-  std::sort(pairs.begin(), pairs.end(),
-            [this](const PairData* a, const PairData* b) { return ComparePairs(*a, *b) < 0; });
+  SortByKey(pairs.begin(), pairs.end(), [this](const PairData* pair) { return KeyOf(*pair); });
   return pairs;
 }
 

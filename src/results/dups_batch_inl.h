@@ -25,9 +25,9 @@ struct CDupsModel<Traits>::FreshGroup {
     if (run.size() > ordered.size()) run.swap(ordered);
     others.insert(others.end(), run.begin(), run.end());
   }
-  template <class Before>
-  void Order(Before before) {
-    std::sort(others.begin(), others.end(), before);
+  void Order(const CDupsModel& model) {
+    model.SortByKey(others.begin(), others.end(),
+                    [&](const ItemData* item) { return model.KeyOf(*item); });
     if (ordered.empty()) {
       ordered.swap(others);
       return;
@@ -36,7 +36,10 @@ struct CDupsModel<Traits>::FreshGroup {
     merged.reserve(ordered.size() + others.size());
     auto next = ordered.begin();
     for (ItemData* item : others) {
-      const auto place = std::lower_bound(next, ordered.end(), item, before);
+      const auto place = std::partition_point(next, ordered.end(),
+                                              [&, key = model.KeyOf(*item)](const ItemData* other) {
+                                                return model.Before(model.KeyOf(*other), key);
+                                              });
       merged.insert(merged.end(), next, place);
       merged.push_back(item);
       next = place;
@@ -89,13 +92,9 @@ void CDupsModel<Traits>::PlaceBatch(const std::vector<PairData*>& pairs) {
     }
     first = range.end;
   }
-  const auto before = [this](const ItemData* a, const ItemData* b) {
-    return CompareItems(*a, *b) < 0;
-  };
-  for (FreshGroup& group : fresh) group.Order(before);
-  std::sort(fresh.begin(), fresh.end(), [&](const FreshGroup& a, const FreshGroup& b) {
-    return before(a.ordered.front(), b.ordered.front());
-  });
+  for (FreshGroup& group : fresh) group.Order(*this);
+  SortByKey(fresh.begin(), fresh.end(),
+            [this](const FreshGroup& group) { return KeyOf(*group.ordered.front()); });
 
   std::vector<ViewData> rows;
   rows.reserve(m_viewData.size() + touched.size() + (m_flatMode ? 2 * pairs.size() : 0));
@@ -109,9 +108,10 @@ void CDupsModel<Traits>::PlaceBatch(const std::vector<PairData*>& pairs) {
     }
   };
   for (const FreshGroup& group : fresh) {
-    keepUntil(std::partition_point(next, kept.end(), [&](const Range& range) {
-      return before(range.first->item, group.ordered.front());
-    }));
+    keepUntil(std::partition_point(next, kept.end(),
+                                   [&, key = KeyOf(*group.ordered.front())](const Range& range) {
+                                     return Before(KeyOf(*range.first->item), key);
+                                   }));
     ++number;
     for (ItemData* item : group.ordered) {
       item->group = number;
@@ -129,9 +129,8 @@ void CDupsModel<Traits>::AppendRows(ItemData* item, std::vector<ViewData>* rows)
   if (!m_flatMode && !item->expanded) return;
   const auto outer = static_cast<std::ptrdiff_t>(rows->size()) - 1;
   ForEachPair(item, [&](PairData* pair) { rows->push_back({item, pair}); });
-  std::sort(rows->begin() + outer + 1, rows->end(), [this](const ViewData& a, const ViewData& b) {
-    return ComparePairs(*a.pair, *b.pair) < 0;
-  });
+  SortByKey(rows->begin() + outer + 1, rows->end(),
+            [this](const ViewData& row) { return KeyOf(*row.pair); });
 }
 
 template <class Traits>

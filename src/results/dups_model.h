@@ -24,7 +24,7 @@
 //   kScores                              how many scores a pair carries
 //   kSortKey                             the setting that holds the sort state
 //   ScoreOf(column)                      index of the score in that column; kScores for none
-//   CompareFiles(column, base, base)     < 0, 0, > 0 for the columns that are its own, else 0
+//   KeyOf(column, base)                  FileKey in the columns that are its own, else an empty one
 //   JournalItem(journal, base, group), JournalPair(journal, path, path, scores),
 //   JournalRemoval(journal, path, path), JournalChange(journal, old base, new base)
 //
@@ -46,6 +46,7 @@
 #include "core/reference.h"
 #include "core/sync.h"
 #include "results/field_id.h"
+#include "results/sort_key.h"
 #include "results/unique_list.h"
 #include "storage/ignore_list.h"
 #include "storage/results_journal.h"
@@ -257,21 +258,27 @@ class CDupsModel {
   struct Range {
     Position first, end;
   };
-  // Pairs in one batch from which one pass over the table is quicker than placing each: both cost
-  // about the same there in tables of 1000 to 100000 rows.
-  static constexpr size_t kBatch = 16;
+  // Pairs in one batch from which one pass over the table is quicker than placing each: with large
+  // groups both cost about the same there, in tables of 1000 to 100000 pairs.
+  static constexpr size_t kBatch = 32;
 
   static int CompareAddresses(const ItemData* a, const ItemData* b) {
     return a == b ? 0 : std::less<>()(a, b) ? -1 : 1;
   }
 
-  // ---- order (dups_order_inl.h); total, < 0 means before
-  [[nodiscard]] int CompareItems(const ItemData& a, const ItemData& b) const;
-  [[nodiscard]] int ComparePairs(const PairData& a, const PairData& b) const;
-  // Without scores and direction.
-  [[nodiscard]] int CompareFiles(const ItemData& a, const ItemData& b) const;
-  [[nodiscard]] int Directed(int order) const;
+  // ---- order (dups_order_inl.h)
+  struct RowKey;
+  [[nodiscard]] RowKey KeyOf(const ItemData& item, const Scores& scores) const;
+  [[nodiscard]] RowKey KeyOf(const ItemData& item) const { return KeyOf(item, item.maximum); }
+  [[nodiscard]] RowKey KeyOf(const PairData& pair) const {
+    return KeyOf(*pair.second, pair.scores);
+  }
+  // The total orders of items and of pairs below one item, in the direction of the table.
+  [[nodiscard]] bool Before(const RowKey& a, const RowKey& b) const;
   [[nodiscard]] bool RowBefore(const ViewData& a, const ViewData& b) const;
+  // Sorts by key(record), drawn once for each record.
+  template <class Iterator, class Key>
+  void SortByKey(Iterator first, Iterator end, Key key) const;
 
   // ---- rows (dups_rows_inl.h)
   [[nodiscard]] bool IsRow(int32_t row) const {

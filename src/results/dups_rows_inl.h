@@ -109,12 +109,13 @@ void CDupsModel<Traits>::InsertRow(const ViewData& row) {
 template <class Traits>
 auto CDupsModel<Traits>::GroupPlace(const ItemData& leader, Position first, Position end)
     -> Position {
+  const RowKey key = KeyOf(leader);
   while (first != end) {
     const Position middle = first + (end - first) / 2;
     const uint32_t group = middle->item->group;
     const Position start = std::partition_point(
         first, middle, [&](const ViewData& row) { return row.item->group < group; });
-    if (CompareItems(*start->item, leader) < 0) {
+    if (Before(KeyOf(*start->item), key)) {
       first = std::partition_point(middle, end,
                                    [&](const ViewData& row) { return row.item->group <= group; });
     } else {

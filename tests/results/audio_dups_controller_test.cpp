@@ -3,14 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "core/configuration.h"
 #include "decoding/wire.h"
-#include "support/temp_folder.h"
 
 namespace quill {
 namespace {
@@ -65,32 +63,6 @@ class AudioDupsController : public testing::Test {
     }
     return paths;
   }
-  // All that a results file must bring back, one line a row.
-  static Lines Content(CAudioDupsController& model) {
-    CConfiguration::Instance().SetBool("enableFlatMode", true);
-    (void)model.ReloadSettings();
-    model.SetSort(FieldId::kFile, true);
-    Lines lines;
-    for (int32_t row = 0; row < static_cast<int32_t>(model.RowCount()); ++row) {
-      const auto* data = model.TableAt(row);
-      const ItemBase& base = *data->item->base;
-      std::string line;
-      for (const std::string& text : {base.path, base.artist, base.album, base.title}) {
-        line.append(text).append("|");
-      }
-      for (uint64_t number : {uint64_t{base.durationMs}, uint64_t{base.bitrate},
-                              uint64_t{base.format}, base.size, uint64_t{data->item->folderGroup}})
-        line.append(" ").append(std::to_string(number));
-      if (data->pair) {
-        line.append(" > ").append(data->File()->base->path);
-        for (float score : data->pair->scores) line.append(" ").append(std::to_string(score));
-      }
-      lines.push_back(line);
-    }
-    return lines;
-  }
-
-  test::CTempFolder m_folder;
   CMemorySettingsStore m_settings;
   CCacheStore m_cache;
   CScanCounters m_counters;
@@ -142,65 +114,6 @@ TEST_F(AudioDupsController, EachColumnSortsByItsField) {
     m_model.SetSort(column, false);
     EXPECT_EQ(OuterPaths(m_model).back(), last) << FieldIdentifier(column);
   }
-}
-
-TEST_F(AudioDupsController, JournalBringsBackWhatAnyRunOfActionsLeft) {
-  std::mt19937 random(11);
-  const auto pick = [&](size_t count) { return static_cast<int32_t>(random() % count); };
-  const std::string path = m_folder / "autosave.quillmarsh";
-  CResultsJournal journal(&m_model, nullptr, nullptr);
-  ASSERT_TRUE(journal.OpenForWriting(path));
-  m_model.m_journal = &journal;
-  std::vector<std::string> names;
-  for (int i = 0; i < 40; ++i) names.push_back("/folder/" + std::to_string(i) + ".mp3");
-  for (int step = 0; step < 400; ++step) {
-    const auto row = [&] { return pick(m_model.RowCount() + 1); };
-    switch (pick(8)) {
-      case 0:
-        m_model.IgnoreRows({row()});
-        break;
-      case 1:
-        m_model.ActOnRows({row()}, [](const auto&) { return true; });
-        break;
-      case 2:
-        m_model.Swap({row(), row()}, [](const auto&, const auto&) { return true; });
-        break;
-      case 3:
-        if (m_model.RowCount()) m_model.Update(m_model.TableAt(0)->item->base->path, "A", "B", "C");
-        break;
-      case 4:
-        if (m_model.RowCount()) {
-          m_model.Rename(m_model.TableAt(0)->item->base->path,
-                         "/r" + std::to_string(step) + ".mp3");
-        }
-        break;
-      default:
-        m_model.LockedAdd(Base(names[static_cast<size_t>(pick(40))], 7), 1,
-                          Base(names[static_cast<size_t>(pick(40))], 9), 2, 1, 0.25f, -1);
-        (void)m_model.ProcessNewData();
-        break;
-    }
-  }
-  m_model.m_journal = nullptr;
-  const Lines wanted = Content(m_model);
-  ASSERT_GT(wanted.size(), 20u);
-
-  const auto load = [&](const std::string& file) {
-    CAudioDupsController loaded(m_store, m_ignores);
-    CResultsJournal reader(&loaded, nullptr, nullptr);
-    EXPECT_TRUE(reader.OpenForReading(file));
-    EXPECT_TRUE(reader.Load());
-    return Content(loaded);
-  };
-  EXPECT_EQ(load(path), wanted);
-  // And so does a file written from the state itself.
-  const std::string saved = m_folder / "saved.quillmarsh";
-  {
-    CResultsJournal writer(&m_model, nullptr, nullptr);
-    ASSERT_TRUE(writer.OpenForWriting(saved));
-    ASSERT_TRUE(writer.Rebuild());
-  }
-  EXPECT_EQ(load(saved), wanted);
 }
 
 TEST_F(AudioDupsController, PartnersHearOfEveryChangeAndRemoval) {

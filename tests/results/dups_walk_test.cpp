@@ -1,0 +1,429 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "core/configuration.h"
+#include "image/image_store.h"
+#include "results/audio_dups_controller.h"
+#include "results/dups_oracle.h"
+#include "results/image_dups_controller.h"
+#include "support/temp_folder.h"
+
+namespace quill {
+namespace {
+
+using test::Number;
+
+struct AudioKit {
+  using Base = ItemBase;
+  using Store = CAudioStore;
+  using Controller = CAudioDupsController;
+  using Scores = AudioDupsTraits::Scores;
+  static constexpr std::array kScoreColumns = {FieldId::kTags, FieldId::kContent,
+                                               FieldId::kPrecise};
+
+  // Few values in each field, so that ties are common.
+  static CRef<const ItemBase> Make(const std::string& path, uint32_t number) {
+    auto base = MakeRef<ItemBase>();
+    base->path = path;
+    base->artist = number % 5 ? "artist" : "";
+    base->album = number % 3 ? "a" : "b c";
+    base->title = std::to_string(number % 7);
+    base->durationMs = number % 4 << 30;
+    base->bitrate = number % 2 ? 320000 : 96000;
+    base->format = number % 2 ? 6 : 3;
+    base->size = number % 4;
+    return base;
+  }
+  static CRef<const ItemBase> WithPath(const ItemBase& from, const std::string& path) {
+    auto base = MakeRef<ItemBase>();
+    base->path = path;
+    base->artist = from.artist;
+    base->album = from.album;
+    base->title = from.title;
+    base->durationMs = from.durationMs;
+    base->bitrate = from.bitrate;
+    base->format = from.format;
+    base->size = from.size;
+    return base;
+  }
+  static std::string Text(FieldId column, const ItemBase& base) {
+    switch (column) {
+      case FieldId::kArtist:
+        return base.artist;
+      case FieldId::kAlbum:
+        return base.album;
+      case FieldId::kTitle:
+        return base.title;
+      case FieldId::kFormat:
+        return base.format == 6 ? "MP3" : "AAC";
+      case FieldId::kDuration:
+        return Number(base.durationMs);
+      case FieldId::kBitrate:
+        return Number(base.bitrate);
+      default:
+        return "";
+    }
+  }
+  static bool Same(const ItemBase& a, const ItemBase& b) {
+    return std::tie(a.path, a.artist, a.album, a.title, a.durationMs, a.bitrate, a.format,
+                    a.size) ==
+           std::tie(b.path, b.artist, b.album, b.title, b.durationMs, b.bitrate, b.format, b.size);
+  }
+  static std::unique_ptr<CResultsJournal> Journal(CAudioDupsController& controller) {
+    return std::make_unique<CResultsJournal>(&controller, nullptr, nullptr);
+  }
+};
+
+struct ImageKit {
+  using Base = ImageInfo;
+  using Store = CImageStore;
+  using Controller = CImageDupsController;
+  using Scores = ImageDupsTraits::Scores;
+  static constexpr std::array kScoreColumns = {FieldId::kContent, FieldId::kExperimental};
+
+  static CRef<const ImageInfo> Make(const std::string& path, uint32_t number) {
+    // Equal areas of two shapes, and two that wrap at 32 bits.
+    static constexpr std::pair<uint32_t, uint32_t> kSizes[] = {
+        {1000, 2000}, {2000, 1000}, {65536, 65536}, {65537, 65536}, {640, 480}};
+    auto info = MakeRef<ImageInfo>();
+    info->path = path;
+    std::tie(info->width, info->height) = kSizes[number % 5];
+    info->format = static_cast<uint8_t>(number % 3 + 3);
+    info->bits = number % 2 ? 8 : 24;
+    info->size = number % 4;
+    return info;
+  }
+  static CRef<const ImageInfo> WithPath(const ImageInfo& from, const std::string& path) {
+    auto info = MakeRef<ImageInfo>();
+    info->path = path;
+    info->width = from.width;
+    info->height = from.height;
+    info->format = from.format;
+    info->bits = from.bits;
+    info->size = from.size;
+    return info;
+  }
+  static std::string Text(FieldId column, const ImageInfo& info) {
+    switch (column) {
+      case FieldId::kFormat:
+        return Number(info.format) + Number(info.bits);
+      case FieldId::kResolution:
+        return Number(uint64_t{info.width} * info.height % (uint64_t{1} << 32));
+      default:
+        return "";
+    }
+  }
+  static bool Same(const ImageInfo& a, const ImageInfo& b) {
+    return std::tie(a.path, a.width, a.height, a.format, a.bits, a.size) ==
+           std::tie(b.path, b.width, b.height, b.format, b.bits, b.size);
+  }
+  static std::unique_ptr<CResultsJournal> Journal(CImageDupsController& controller) {
+    return std::make_unique<CResultsJournal>(nullptr, &controller, nullptr);
+  }
+};
+
+template <class Kit>
+class CModel final : public Kit::Controller {
+ public:
+  using Kit::Controller::Append;
+  using Kit::Controller::BulkAddPair;
+  using Kit::Controller::BulkRemovePair;
+  using Kit::Controller::Controller;
+  using Kit::Controller::FindItem;
+  using typename Kit::Controller::Rows;
+  using typename Kit::Controller::ViewData;
+
+  CModel(const typename Kit::Store& store, CIgnoreList& ignores)
+      : Kit::Controller(store, ignores) {}
+
+  void MoveFile(const std::string& from, const std::string& to) {
+    auto* item = FindItem(from);
+    ASSERT_TRUE(this->ChangeJournaled(item, this->WithPath(*item->base, to)));
+    this->RebuildIfSortedBy({FieldId::kFile, FieldId::kFolder, FieldId::kFilename});
+  }
+};
+
+struct COwnSettings {
+  COwnSettings() { CConfiguration::Instance().SetStore(&store); }
+  ~COwnSettings() { CConfiguration::Instance().SetStore(nullptr); }
+  CMemorySettingsStore store;
+};
+
+// One walk of random operations; `files` sets how dense the match graph gets.
+template <class Kit>
+class CWalk {
+ public:
+  using Base = typename Kit::Base;
+  using Rows = typename CModel<Kit>::Rows;
+  using ViewData = typename CModel<Kit>::ViewData;
+  using Scores = typename Kit::Scores;
+
+  explicit CWalk(uint32_t files) : m_files(files), m_random(files) {
+    EXPECT_TRUE(m_journal->OpenForWriting(m_path));
+    m_model.m_journal = m_journal.get();
+  }
+  ~CWalk() { m_model.m_journal = nullptr; }
+
+  void Run() {
+    for (int step = 0; step < 600 && !testing::Test::HasFatalFailure(); ++step) {
+      const uint32_t act = Pick(100);
+      if (act < 25)
+        Arrive(1 + Pick(3));
+      else if (act < 30)
+        Arrive(32 + Pick(10));  // merged in one pass
+      else if (act < 31)
+        Arrive(300);
+      else if (act < 42)
+        Sort();
+      else if (act < 45)
+        ChangeMode();
+      else if (act < 60)
+        Toggle();
+      else if (act < 66)
+        Mark();
+      else if (act < 67)
+        ActOnMarked();
+      else if (act < 75)
+        Ignore();
+      else if (act < 83)
+        Act();
+      else if (act < 90)
+        Swap();
+      else if (act < 94)
+        Rename();
+      else
+        Load();
+      if (testing::Test::HasFatalFailure()) break;
+      m_oracle.Check(m_model);
+      if (testing::Test::HasFatalFailure()) ADD_FAILURE() << "step " << step << " act " << act;
+      if (step % 75 == 74) CheckReload();
+      if (step % 150 == 149) {  // so that a dense graph starts over
+        m_model.Clear();
+        m_oracle.items.clear();
+        m_oracle.pairs.clear();
+      }
+    }
+  }
+
+ private:
+  using Oracle = test::Oracle<Kit>;
+
+  uint32_t Pick(uint32_t count) { return static_cast<uint32_t>(m_random() % count); }
+
+  CRef<const Base> AnyFile() {
+    const uint32_t number = Pick(m_files);
+    // Few sizes and artists and the same name in several folders, so that ties are common.
+    std::string path = number % 3 ? number % 3 == 1 ? "/a/" : "/b/" : "/c/";
+    path += std::to_string(number / 2);
+    path += number % 2 ? ".x" : ".y";
+    return Kit::Make(path, number);
+  }
+  void Arrive(uint32_t count) {
+    static constexpr float kSome[] = {-1, 0, 0.5f, 0.75f, 0.9f, 1, 1.5f};
+    bool good = true;
+    for (uint32_t i = 0; i < count; ++i) {
+      CRef<const Base> a = AnyFile();
+      CRef<const Base> b = AnyFile();
+      const bool known = m_oracle.pairs.contains({a->path, b->path}) || a->path == b->path;
+      if (known && Pick(50)) continue;
+      Scores scores;
+      for (float& score : scores) score = kSome[Pick(7)];
+      m_model.Append({a, b, 1, 2, scores});
+      if (good) good = m_oracle.Add(a, b, scores);
+    }
+    ASSERT_EQ(m_model.ProcessNewData(), good);
+  }
+  Rows SomeRows() {
+    Rows rows{-1, static_cast<int32_t>(m_model.RowCount())};
+    for (uint32_t i = 0; i < 3 && m_model.RowCount(); ++i) {
+      rows.push_back(static_cast<int32_t>(Pick(static_cast<uint32_t>(m_model.RowCount()))));
+    }
+    return rows;
+  }
+  const ViewData* Row(int32_t row) {
+    return row >= 0 && row < static_cast<int32_t>(m_model.RowCount()) ? m_model.TableAt(row)
+                                                                      : nullptr;
+  }
+  std::vector<std::string> FilesOf(const Rows& rows) {
+    std::vector<std::string> files;
+    for (int32_t row : rows) {
+      if (!Row(row)) continue;
+      const std::string& path = Row(row)->File()->base->path;
+      if (std::find(files.begin(), files.end(), path) == files.end()) files.push_back(path);
+    }
+    return files;
+  }
+
+  void Sort() {
+    const auto column = static_cast<FieldId>(static_cast<int32_t>(Pick(19)) - 1);
+    const bool ascending = Pick(2);
+    m_model.SetSort(column, ascending);
+    if (column == FieldId::kNone) return;
+    m_oracle.column = column;
+    m_oracle.ascending = ascending;
+  }
+  void ChangeMode() {
+    m_oracle.flat = Pick(2);
+    CConfiguration::Instance().SetBool("enableFlatMode", m_oracle.flat);
+    const bool was = m_model.IsFlat();
+    ASSERT_EQ(m_model.ReloadSettings(), was != m_oracle.flat);
+  }
+  void Toggle() {
+    const int32_t number = SomeRows().back();
+    const ViewData* row = Row(number);
+    if (row && !row->pair && !m_oracle.flat) {
+      bool& expanded = m_oracle.items.at(row->item->base->path).expanded;
+      expanded = !expanded;
+    }
+    m_model.ToggleGroup(number);
+  }
+  void Mark() {
+    const Rows rows = SomeRows();
+    for (const std::string& path : FilesOf(rows)) {
+      m_oracle.items.at(path).marked = !m_oracle.items.at(path).marked;
+    }
+    m_model.MarkRows(rows);
+  }
+  void Ignore() {
+    const Rows rows = SomeRows();
+    std::vector<std::pair<std::string, std::string>> gone;
+    for (int32_t number : rows) {
+      const ViewData* row = Row(number);
+      if (!row) continue;
+      const std::string path = row->item->base->path;
+      if (row->pair) {
+        gone.emplace_back(path, row->pair->second->base->path);
+      } else {
+        for (const std::string& partner : m_oracle.Partners(path)) gone.emplace_back(path, partner);
+      }
+    }
+    m_model.IgnoreRows(rows);
+    for (const auto& [a, b] : gone) {
+      ASSERT_TRUE(m_ignores.IsPairIgnored(b, a));
+      m_oracle.RemovePair(a, b);
+    }
+  }
+  void Act() {
+    const Rows rows = SomeRows();
+    const std::vector<std::string> wanted = FilesOf(rows);
+    const bool follow = Pick(2);
+    const auto act = [&](const std::vector<std::string>& paths) {
+      EXPECT_EQ(paths, wanted);
+      return follow;
+    };
+    ASSERT_EQ(m_model.ActOnRows(rows, act), follow && !wanted.empty());
+    for (const std::string& path : wanted) {
+      if (follow) m_oracle.RemoveItem(path);
+    }
+  }
+  void ActOnMarked() {
+    std::vector<std::string> marked;
+    for (const typename Oracle::Row& row : m_oracle.Table(m_model)) {
+      if (row.partner.empty() && m_oracle.items.at(row.item).marked) marked.push_back(row.item);
+    }
+    std::vector<std::string> given;
+    m_model.ActOnMarked([&](const std::vector<std::string>& paths) {
+      given = paths;
+      return true;
+    });
+    ASSERT_EQ(given, marked);
+    for (const std::string& path : marked) m_oracle.RemoveItem(path);
+  }
+  void Swap() {
+    const Rows rows = SomeRows();
+    if (rows.size() < 5) return;
+    const Rows two{rows[2], rows[3]};
+    const std::vector<std::string> files = FilesOf(two);
+    const bool can = files.size() == 2 && files[0].back() == files[1].back() &&
+                     Row(two[0])->item->group == Row(two[1])->item->group;
+    ASSERT_EQ(m_model.CanSwap(two), can);
+    ASSERT_EQ(m_model.Swap(two, [](const auto&, const auto&) { return true; }), can);
+    if (can) m_oracle.Rename({{files[0], files[1]}, {files[1], files[0]}});
+  }
+  void Rename() {
+    if (m_oracle.items.empty()) return;
+    const std::string path =
+        std::next(m_oracle.items.begin(), Pick(static_cast<uint32_t>(m_oracle.items.size())))
+            ->first;
+    std::string other = "/r/";
+    other += std::to_string(++m_renamed) + path.substr(path.size() - 2);
+    m_model.MoveFile(path, other);
+    m_oracle.Rename({{path, other}});
+  }
+  void Load() {
+    Scores scores;
+    scores.fill(0.5f);
+    const CRef<const Base> a = AnyFile();
+    const CRef<const Base> b = AnyFile();
+    const bool known = m_oracle.pairs.contains({a->path, b->path});
+    if (Pick(2)) {
+      ASSERT_EQ(m_model.BulkRemovePair(a->path, b->path), known);
+      m_oracle.RemovePair(a->path, b->path);
+    } else if (m_oracle.items.contains(a->path) && m_oracle.items.contains(b->path)) {
+      ASSERT_EQ(m_model.BulkAddPair(a->path, b->path, scores), m_oracle.Add(a, b, scores));
+    } else {
+      ASSERT_FALSE(m_model.BulkAddPair(a->path, b->path, scores));
+    }
+    m_model.Rebuild();
+  }
+
+  // What the journal holds is the state but for what the user has marked and expanded.
+  void CheckReload() {
+    CModel<Kit> loaded(m_store, m_ignores);
+    const std::unique_ptr<CResultsJournal> reader = Kit::Journal(loaded);
+    ASSERT_TRUE(reader->OpenForReading(m_path));
+    ASSERT_TRUE(reader->Load());
+    loaded.SetSort(m_oracle.column, m_oracle.ascending);
+    Oracle state = m_oracle;
+    for (auto& [path, item] : state.items) item.marked = item.expanded = false;
+    state.Check(loaded);
+  }
+
+  const uint32_t m_files;
+  std::mt19937 m_random;
+  test::CTempFolder m_folder;
+  const std::string m_path = m_folder / "autosave.quillmarsh";
+  COwnSettings m_settings;
+  CCacheStore m_cache;
+  CScanCounters m_counters;
+  typename Kit::Store m_store{m_cache, m_counters};
+  CIgnoreList m_ignores;
+  CModel<Kit> m_model{m_store, m_ignores};
+  std::unique_ptr<CResultsJournal> m_journal = Kit::Journal(m_model);
+  Oracle m_oracle;
+  int m_renamed = 0;
+};
+
+template <class Kit>
+class DupsWalk : public testing::Test {};
+
+struct KitNames {
+  template <class Kit>
+  static std::string GetName(int) {
+    return std::is_same_v<Kit, AudioKit> ? "Audio" : "Images";
+  }
+};
+using Kits = testing::Types<AudioKit, ImageKit>;
+TYPED_TEST_SUITE(DupsWalk, Kits, KitNames);
+
+TYPED_TEST(DupsWalk, RowsAndJournalAreThoseOfTheStateAfterEachOperation) {
+  // From a graph in which all is one group to one of many small groups.
+  for (uint32_t files : {8, 30, 60, 200}) {
+    SCOPED_TRACE(files);
+    CWalk<TypeParam>(files).Run();
+    if (this->HasFatalFailure()) break;
+  }
+}
+
+}  // namespace
+}  // namespace quill
