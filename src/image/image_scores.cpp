@@ -152,8 +152,8 @@ void MakeContentTarget(const ImageContent& content, ContentTarget* target) {
   *target = {};
   const size_t n = content.rows.size();
   if (n == 0 || content.columns.size() != n) return;
-  const auto make = [n](const std::vector<float>& values, CFloatVector* forward,
-                        CFloatVector* back) {
+  const auto make = [](const std::vector<float>& values, CFloatVector* forward,
+                       CFloatVector* back) {
     forward->assign(values.begin(), values.end());
     back->assign(values.rbegin(), values.rend());
     // The first value takes no part: what is left is reversed in its place.

@@ -90,12 +90,13 @@ void ExpectPlain(const Picture& picture, int32_t width, int32_t height, Resize r
 }
 
 TEST(PictureAverage, IsTheMeanOfWhatAPixelCovers) {
-  const std::array<std::array<int32_t, 2>, 7> sizes = {
-      {{64, 64}, {65, 64}, {64, 127}, {128, 192}, {1000, 67}, {1400, 900}, {4000, 3000}}};
+  const std::array<std::array<int32_t, 2>, 6> sizes = {
+      {{64, 64}, {65, 64}, {64, 127}, {128, 192}, {1000, 67}, {1400, 900}}};
   uint32_t seed = 0;
   for (const auto& [width, height] : sizes)
     for (const int32_t channels : {3, 4})
       ExpectPlain(Picture(width, height, channels, seed++), 64, 64, PictureAverage, PlainAverage);
+  ExpectPlain(Picture(4000, 3000, 3, 1), 64, 64, PictureAverage, PlainAverage);
   std::mt19937 random(7);
   const auto side = [&](int32_t most) { return 1 + int32_t(random() % uint32_t(most)); };
   for (int round = 0; round < 100; ++round)
