@@ -18,8 +18,12 @@
 
 namespace {
 
-class CNoPairs : public quill::CAudioPairSink {
+class CNoPairs : public quill::CAudioPairSink, public quill::CImagePairSink {
  public:
+  bool LockedAdd(const quill::CRef<const quill::ImageInfo>&, uint8_t,
+                 const quill::CRef<const quill::ImageInfo>&, uint8_t, float, float) override {
+    return true;
+  }
   bool LockedAdd(const quill::CRef<const quill::ItemBase>&, uint8_t,
                  const quill::CRef<const quill::ItemBase>&, uint8_t, float, float, float) override {
     return true;
@@ -52,12 +56,14 @@ int main() {
 
   quill::CCacheStore cache;
   quill::CScanCounters counters;
-  quill::CAudioStore store(cache, counters);
+  quill::CAudioStore audioStore(cache, counters);
+  quill::CImageStore imageStore(cache, counters);
   const quill::CIgnoreList ignores;
   const quill::CScanSettings settings;
   CNoPairs sink;
   quill::CDecoderTable::Instance().Reload();
-  quill::CScanEngines engines(quill::CDecoderTable::Instance(), settings, store, ignores, sink);
+  quill::CScanEngines engines(quill::CDecoderTable::Instance(), settings, ignores, audioStore, sink,
+                              imageStore, sink);
 
   for (const std::string& file : files) {
     std::vector<double> times;

@@ -50,25 +50,37 @@ def write_wav(path, samples):
         file.writeframes(samples.tobytes())
 
 
+def picture(path, seed, width=480, height=320):
+    """A photograph-like picture: soft light, some shapes, a little grain."""
+    chance = random.Random(seed)
+    waves = [(chance.uniform(0.002, 0.03), chance.uniform(0.002, 0.03), chance.uniform(0, 6),
+              chance.uniform(10, 40)) for _ in range(8)]
+    discs = [(chance.randrange(width), chance.randrange(height), chance.randrange(20, 90),
+              [chance.randrange(256) for _ in range(3)]) for _ in range(6)]
+    pixels = bytearray()
+    for y in range(height):
+        for x in range(width):
+            light = 120 + sum(a * math.sin(u * x + v * y + p) for u, v, p, a in waves)
+            color = [light, light * 0.9, light * 0.8]
+            for cx, cy, r, c in discs:
+                if (x - cx) ** 2 + (y - cy) ** 2 < r * r:
+                    color = [0.5 * color[i] + 0.5 * c[i] for i in range(3)]
+            grain = chance.randrange(-4, 5)
+            pixels += bytes(max(0, min(255, int(v + grain))) for v in color)
+    path.parent.mkdir(parents=True, exist_ok=True)
+    ppm = path.with_suffix(".ppm")
+    ppm.write_bytes(b"P6 %d %d 255\n" % (width, height) + pixels)
+    encode(ppm, path)
+    ppm.unlink()
+
+
 def encode(source, target, *options):
     target.parent.mkdir(parents=True, exist_ok=True)
     subprocess.run(["ffmpeg", "-v", "error", "-y", "-i", source, *options, target], check=True)
 
 
 class CommandLine(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.media_folder = tempfile.TemporaryDirectory()
-        cls.media = pathlib.Path(cls.media_folder.name)
-        song, other = music(1, 33), music(2, 33)
-        write_wav(cls.media / "a/Song.wav", song)
-        encode(cls.media / "a/Song.wav", cls.media / "b/One.mp3", "-b:a", "128k")
-        encode(cls.media / "a/Song.wav", cls.media / "b/Two.ogg")
-        write_wav(cls.media / "b/Unlike.wav", other)
-        write_wav(cls.media / "a/short.wav", music(3, 8))
-        encode(cls.media / "a/short.wav", cls.media / "b/clip.flac")
-        cls.expected = {("Song.wav", "One.mp3"), ("Song.wav", "Two.ogg"), ("One.mp3", "Two.ogg"),
-                        ("short.wav", "clip.flac")}
+    """What both groups of tests stand on."""
 
     @classmethod
     def tearDownClass(cls):
@@ -84,6 +96,22 @@ class CommandLine(unittest.TestCase):
         return subprocess.run(
             [programs / "quillmarsh-cli", "--data-dir", data or self.data, *words],
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120, **options)
+
+
+class Scanning(CommandLine):
+    @classmethod
+    def setUpClass(cls):
+        cls.media_folder = tempfile.TemporaryDirectory()
+        cls.media = pathlib.Path(cls.media_folder.name)
+        song, other = music(1, 33), music(2, 33)
+        write_wav(cls.media / "a/Song.wav", song)
+        encode(cls.media / "a/Song.wav", cls.media / "b/One.mp3", "-b:a", "128k")
+        encode(cls.media / "a/Song.wav", cls.media / "b/Two.ogg")
+        write_wav(cls.media / "b/Unlike.wav", other)
+        write_wav(cls.media / "a/short.wav", music(3, 8))
+        encode(cls.media / "a/short.wav", cls.media / "b/clip.flac")
+        cls.expected = {("Song.wav", "One.mp3"), ("Song.wav", "Two.ogg"), ("One.mp3", "Two.ogg"),
+                        ("short.wav", "clip.flac")}
 
     def scan(self, *words, **options):
         """The pairs of file names of a scan by sound alone, and the whole JSON object."""
@@ -118,7 +146,7 @@ class CommandLine(unittest.TestCase):
     def test_table_settings_groups_and_the_ignore_list(self):
         done = self.run_cli("scan", self.media)
         self.assertEqual(done.returncode, 0)
-        self.assertIn(b"Group 1\n", done.stdout)
+        self.assertIn(b"Audio group 1\n", done.stdout)
         self.assertIn(b"Song.wav", done.stdout)
         self.assertIn(b"4 pairs among 6 files.", done.stderr)
 
@@ -256,6 +284,103 @@ class CommandLine(unittest.TestCase):
         self.assertNotEqual(self.run_cli("cache", "stats").stdout, b"0 item(s) (0.00 MB)\n")
         _, result = self.scan(many)
         self.assertEqual(result["stats"]["processed"], 12)
+
+
+class Lasting(CommandLine):
+    """Sound and pictures together, and results that outlive their process."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.media_folder = tempfile.TemporaryDirectory()
+        cls.media = pathlib.Path(cls.media_folder.name)
+        for seed in range(6):
+            first = cls.media / f"sound/{seed}.wav"
+            write_wav(first, music(200 + seed, 6))
+            encode(first, cls.media / f"sound/copy/{seed}.flac")
+            encode(first, cls.media / f"sound/copy/{seed}.mp3", "-b:a", "160k")
+        for seed in range(3):
+            first = cls.media / f"pictures/{seed}.png"
+            picture(first, 300 + seed)
+            for name, options in (("small.jpg", ["-vf", "scale=iw/4:-1"]),
+                                  ("rough.jpg", ["-q:v", "20"]),
+                                  ("quarter.png", ["-vf", "transpose=1"]),
+                                  ("half.bmp", ["-vf", "hflip,vflip"]),
+                                  ("mirror.tiff", ["-vf", "hflip"]),
+                                  ("diagonal.png", ["-vf", "transpose=0"])):
+                encode(first, cls.media / f"pictures/copy/{seed}-{name}", *options)
+
+    def pairs(self, *words):
+        done = self.run_cli(*words, "--json")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return json.loads(done.stdout)
+
+    def test_pictures_are_found_in_every_orientation(self):
+        result = self.pairs("scan", self.media / "pictures")
+        self.assertEqual(result["stats"], {"scheduled": 21, "processed": 21})
+        found = {frozenset(os.path.basename(p[k]) for k in "ab") for p in result["images"]}
+        for seed in range(3):
+            for copy in ("small.jpg", "rough.jpg", "quarter.png", "half.bmp", "mirror.tiff",
+                         "diagonal.png"):
+                self.assertIn(frozenset({f"{seed}.png", f"{seed}-{copy}"}), found)
+        for pair in found:
+            self.assertEqual(len({name[0] for name in pair}), 1, "unlike pictures were paired")
+        table = self.run_cli("scan", self.media / "pictures").stdout.decode()
+        self.assertIn("Image group 3\ncontent  experimental", table)
+
+    def test_an_interrupted_scan_resumes_to_the_same_pairs(self):
+        whole = self.pairs("--data-dir", self.folder / "other", "scan", self.media)
+        self.assertGreaterEqual(len(whole["audio"]), 18)
+        self.assertGreaterEqual(len(whole["images"]), 18)
+        chance = random.Random(9)
+        words = ["--threads", "1", "scan", self.media]
+        for _ in range(4):
+            process = subprocess.Popen(
+                [PROGRAMS / "quillmarsh-cli", "--data-dir", self.data, *words],
+                stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            time.sleep(chance.uniform(0.05, 0.4))
+            process.send_signal(signal.SIGINT)
+            process.communicate(timeout=60)
+            words = ["--threads", "2", "resume"]
+        result = self.pairs("resume")
+        self.assertEqual(result["stats"], whole["stats"])
+        for table in ("audio", "images"):
+            self.assertEqual({json.dumps(p) for p in result[table]},
+                             {json.dumps(p) for p in whole[table]})
+
+    def test_what_was_found_survives_a_kill(self):
+        whole = self.pairs("--data-dir", self.folder / "other", "scan", self.media)
+        expected = {json.dumps(p) for t in ("audio", "images") for p in whole[t]}
+        chance = random.Random(10)
+        seen = 0
+        for _ in range(8):
+            process = subprocess.Popen(
+                [PROGRAMS / "quillmarsh-cli", "--data-dir", self.data, "scan", self.media],
+                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            time.sleep(chance.uniform(0.02, 0.5))
+            process.kill()
+            process.wait()
+            autosave = self.data / "autosave.quillmarsh"
+            if not autosave.exists() or autosave.stat().st_size == 0:
+                continue
+            kept = self.pairs("show", autosave)
+            found = {json.dumps(p) for t in ("audio", "images") for p in kept[t]}
+            self.assertTrue(found <= expected)
+            seen = max(seen, len(found))
+        self.assertGreater(seen, 0)
+        result = self.pairs("scan", self.media)
+        self.assertEqual({json.dumps(p) for t in ("audio", "images") for p in result[t]}, expected)
+
+    def test_saved_results_are_shown_again(self):
+        saved = self.folder / "mine.quillmarsh"
+        whole = self.pairs("scan", self.media / "pictures", "--save", saved)
+        shown = self.pairs("show", saved)
+        self.assertEqual(shown["images"], whole["images"])
+        precious = self.folder / "thesis.quillmarsh"
+        precious.write_text("no results at all, but years of work" * 10)
+        done = self.run_cli("scan", self.media / "pictures", "--save", precious)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"is no results file", done.stderr)
+        self.assertTrue(precious.read_text().startswith("no results at all"))
 
 
 if __name__ == "__main__":

@@ -18,7 +18,9 @@ TDXAppDelegate::TDXAppDelegate(CMainQueue& queue, CFrontEnd& frontEnd)
       m_frontEnd(frontEnd),
       m_self(std::make_shared<TDXAppDelegate*>(this)),
       m_audioStore(m_cache, m_counters),
-      m_audioDups(m_audioStore, m_ignores) {
+      m_imageStore(m_cache, m_counters),
+      m_audioDups(m_audioStore, m_ignores),
+      m_imageDups(m_imageStore, m_ignores) {
   const CConfiguration& configuration = CConfiguration::Instance();
   CLog& log = CLog::Instance();
   log.SetFolder(configuration.LogsPath());
@@ -33,17 +35,19 @@ TDXAppDelegate::TDXAppDelegate(CMainQueue& queue, CFrontEnd& frontEnd)
     };
   };
   m_audioDups.m_callback = post(&TDXAppDelegate::ProcessNewAudio);
+  m_imageDups.m_callback = post(&TDXAppDelegate::ProcessNewImages);
 
   _workers = std::make_unique<CWorkers>(m_counters, [this] {
-    return std::make_unique<CScanEngines>(CDecoderTable::Instance(), m_settings, m_audioStore,
-                                          m_ignores, m_audioDups);
+    return std::make_unique<CScanEngines>(CDecoderTable::Instance(), m_settings, m_ignores,
+                                          m_audioStore, m_audioDups, m_imageStore, m_imageDups);
   });
   _workers->m_callback = post(&TDXAppDelegate::PoolChanged);
 
-  _journal = std::make_unique<CResultsJournal>(&m_audioDups, nullptr, nullptr);
+  _journal = std::make_unique<CResultsJournal>(&m_audioDups, &m_imageDups, nullptr);
 
   log.Line("Loading cache...");
   m_cache.SetClient(CacheRecordType::kAudio, &m_audioStore);
+  m_cache.SetClient(CacheRecordType::kImage, &m_imageStore);
   m_cacheLoaded = m_cache.Load(configuration.ApplicationSupportPath(kCacheFile));
   log.Line(m_cacheLoaded ? "Loading cache complete" : "Loading cache failed");
 
@@ -73,6 +77,7 @@ void TDXAppDelegate::AwakeFromNib() {
 void TDXAppDelegate::ReloadConfig() {
   const CConfiguration& configuration = CConfiguration::Instance();
   if (m_audioDups.ReloadSettings()) ReloadDups(ResultsTab::kAudioDups);
+  if (m_imageDups.ReloadSettings()) ReloadDups(ResultsTab::kImageDups);
 
   AudioSettings audio;
   audio.Configure(configuration.GetBool("enableAudioTags", true),
@@ -86,6 +91,13 @@ void TDXAppDelegate::ReloadConfig() {
                   configuration.GetFloat("valueAudioDuration", 0.7F));
   m_settings.SetAudio(audio);
 
+  ImageSettings image;
+  image.Configure(configuration.GetBool("enableImageContent", true),
+                  configuration.GetBool("enableImageExperimental", true),
+                  configuration.GetFloat("valueImageContent", 0.75F),
+                  configuration.GetFloat("valueImageExperimental", 0.75F));
+  m_settings.SetImage(image);
+
   CDecoderTable::Instance().Reload();
 
   int32_t threads = 0;
@@ -96,7 +108,7 @@ void TDXAppDelegate::ReloadConfig() {
 }
 
 void TDXAppDelegate::RestoreAutosave() {
-  if (m_audioDups.m_journal != nullptr) return;
+  if (m_audioDups.m_journal != nullptr || m_imageDups.m_journal != nullptr) return;
   const CConfiguration& configuration = CConfiguration::Instance();
   if (!_journal->OpenForWriting(configuration.ApplicationSupportPath(kAutosaveFile))) return;
   if (_stateLoaded)
@@ -104,14 +116,16 @@ void TDXAppDelegate::RestoreAutosave() {
   else
     (void)_journal->Load();
   m_audioDups.m_journal = _journal.get();
+  m_imageDups.m_journal = _journal.get();
   if (!_stateLoaded) {
     _stateLoaded = true;
     if (m_pendingWork.Open(configuration.ApplicationSupportPath(kPendingWorkFile))) {
-      CSerializerReader reader(m_pendingWork, *_workers, &m_audioStore, nullptr);
+      CSerializerReader reader(m_pendingWork, *_workers, &m_audioStore, &m_imageStore);
       (void)reader.InnerProcess();
     }
   }
   ReloadDups(ResultsTab::kAudioDups);
+  ReloadDups(ResultsTab::kImageDups);
 }
 
 void TDXAppDelegate::StartScan() {
@@ -123,8 +137,9 @@ void TDXAppDelegate::StartScan() {
   } else {
     ResetMarks();
     if (_scanningMode == ScanMode::kDuplicates) {
-      m_audioDups.Clear();
+      ClearDups();
       ReloadDups(ResultsTab::kAudioDups);
+      ReloadDups(ResultsTab::kImageDups);
     }
     ProcessFolders(_scanningMode);
   }
@@ -152,7 +167,8 @@ bool TDXAppDelegate::IsIdle() const {
 
 bool TDXAppDelegate::SaveData(const std::string& path) {
   (void)m_audioDups.ProcessNewData();
-  CResultsJournal journal(&m_audioDups, nullptr, nullptr);
+  (void)m_imageDups.ProcessNewData();
+  CResultsJournal journal(&m_audioDups, &m_imageDups, nullptr);
   if (journal.OpenForWriting(path) && journal.Rebuild()) return true;
   m_frontEnd.ShowAlert("Error", "Failed to save results file");
   return false;
@@ -168,11 +184,11 @@ bool TDXAppDelegate::LoadData(const std::string& path) {
     return false;
   }
   ResetMarks();
-  // With the journal, so that the autosave file holds what was opened and nothing else.
-  m_audioDups.Clear();
-  CResultsJournal file(&m_audioDups, nullptr, nullptr);
+  ClearDups();
+  CResultsJournal file(&m_audioDups, &m_imageDups, nullptr);
   const bool loaded = file.OpenForReading(path) && file.Load();
   ReloadDups(ResultsTab::kAudioDups);
+  ReloadDups(ResultsTab::kImageDups);
   return loaded;
 }
 
@@ -196,12 +212,14 @@ void TDXAppDelegate::ApplicationWillTerminate() {
   // end of the pause. These files run to their end instead.
   if (!_workers->IsRunning() && _workers->Queued() == 0) _workers->Continue();
   if (m_pendingWork.Open(configuration.ApplicationSupportPath(kPendingWorkFile))) {
-    CSerializer serializer(m_pendingWork, *_workers, &m_audioStore, nullptr);
+    CSerializer serializer(m_pendingWork, *_workers, &m_audioStore, &m_imageStore);
     (void)serializer.InnerProcess();
   }
   _workers.reset();
   (void)m_audioDups.ProcessNewData();
+  (void)m_imageDups.ProcessNewData();
   m_audioDups.m_journal = nullptr;
+  m_imageDups.m_journal = nullptr;
   _journal.reset();
 }
 
@@ -232,6 +250,15 @@ void TDXAppDelegate::ResetMarks() {
   m_counters.processed = 0;
   m_counters.scheduled = 0;
   m_audioStore.ResetScanState();
+  m_imageStore.ResetScanState();
+}
+
+void TDXAppDelegate::ClearDups() {
+  CResultsJournal* const journal = std::exchange(m_audioDups.m_journal, nullptr);
+  m_audioDups.Clear();
+  m_audioDups.m_journal = journal;
+  // The last one with its journal: this is what empties the autosave file, once for all tables.
+  m_imageDups.Clear();
 }
 
 void TDXAppDelegate::PoolChanged() {
@@ -245,6 +272,12 @@ void TDXAppDelegate::ProcessNewAudio() {
   if (m_terminated) return;
   (void)m_audioDups.ProcessNewData();
   ReloadDups(ResultsTab::kAudioDups);
+}
+
+void TDXAppDelegate::ProcessNewImages() {
+  if (m_terminated) return;
+  (void)m_imageDups.ProcessNewData();
+  ReloadDups(ResultsTab::kImageDups);
 }
 
 void TDXAppDelegate::ReloadDups(ResultsTab tab) {
@@ -283,7 +316,7 @@ void TDXAppDelegate::UIProgress() {
 }
 
 void TDXAppDelegate::UpdateBadge() {
-  const uint32_t count = m_audioDups.GroupCount();
+  const uint32_t count = m_audioDups.GroupCount() + m_imageDups.GroupCount();
   if (count == _badgeCount) return;
   _badgeCount = count;
   m_frontEnd.ShowBadge(count);

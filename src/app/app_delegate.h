@@ -19,7 +19,9 @@
 #include "core/main_queue.h"
 #include "core/scan_counters.h"
 #include "decoding/decoder_table.h"
+#include "image/image_store.h"
 #include "results/audio_dups_controller.h"
+#include "results/image_dups_controller.h"
 #include "storage/cache_store.h"
 #include "storage/ignore_list.h"
 #include "storage/pending_work.h"
@@ -82,6 +84,7 @@ class TDXAppDelegate {
   void ApplicationWillTerminate();
 
   [[nodiscard]] CAudioDupsController& AudioDups() { return m_audioDups; }
+  [[nodiscard]] CImageDupsController& ImageDups() { return m_imageDups; }
   [[nodiscard]] CIgnoreList& Ignores() { return m_ignores; }
   [[nodiscard]] CCacheStore& Cache() { return m_cache; }
   [[nodiscard]] const CScanCounters& Counters() const { return m_counters; }
@@ -96,6 +99,8 @@ class TDXAppDelegate {
   void ResetMarks();
   void PoolChanged();
   void ProcessNewAudio();
+  void ProcessNewImages();
+  void ClearDups();
   void ReloadDups(ResultsTab tab);
   void CheckTimer();
   void UIThreads();
@@ -112,8 +117,10 @@ class TDXAppDelegate {
   CCacheStore m_cache;
   CIgnoreList m_ignores;
   CAudioStore m_audioStore;
+  CImageStore m_imageStore;
   CPendingWorkStore m_pendingWork;
   CAudioDupsController m_audioDups;
+  CImageDupsController m_imageDups;
   std::unique_ptr<CWorkers> _workers;
   std::unique_ptr<CResultsJournal> _journal;
 

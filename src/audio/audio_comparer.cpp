@@ -69,6 +69,13 @@ bool CAudioComparer::AddFile(const std::string& path, uint8_t group) {
   return PrepareFile(path, group, request) && CompareFile(path);
 }
 
+bool CAudioComparer::KnowsFile(const std::string& path) const {
+  AudioEntry known;
+  FileInfo file;
+  return m_store.FindEntry(path, &known) && GetFileInfo(path, &file) &&
+         file == FileInfoOf(*known.info);
+}
+
 bool CAudioComparer::PrepareFile(const std::string& path, uint8_t group, uint32_t request) {
   request |= kInfo;
   const uint32_t asked = request;

@@ -31,6 +31,10 @@ class CAudioComparer {
   // or when the file is none of ours (the ordinary case: no report).
   [[nodiscard]] bool AddFile(const std::string& path, uint8_t group);
 
+  // Whether the store describes the file as it is on disk now: then it is sound, and no other
+  // engine need look at it.
+  [[nodiscard]] bool KnowsFile(const std::string& path) const;
+
   // True when the file has joined the present scan now, with all parts of `request` that it can
   // have. The decoder is opened only if something is missing.
   [[nodiscard]] bool PrepareFile(const std::string& path, uint8_t group, uint32_t request);

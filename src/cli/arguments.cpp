@@ -217,7 +217,7 @@ bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
 }
 
 const char* UsageText() {
-  return R"(Finds duplicate and near-duplicate audio files in the folders you choose.
+  return R"(Finds duplicate and near-duplicate audio and image files in the folders you choose.
 
 quillmarsh-cli [--data-dir DIR] [--set KEY=VALUE]... [--threads N] COMMAND
 

@@ -1,8 +1,10 @@
 #include "cli/pair_report.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <map>
+#include <span>
 #include <tuple>
 
 #include "cli/safe_text.h"
@@ -11,6 +13,45 @@ namespace quill::cli {
 
 namespace {
 
+constexpr std::array kAudioColumns{"tags", "content", "precise"};
+constexpr std::array kImageColumns{"content", "experimental"};
+using Columns = std::span<const char* const>;
+
+template <class Controller>
+std::vector<PairLine> List(const Controller& controller) {
+  std::vector<PairLine> lines;
+  controller.ForEachMatch([&](const typename Controller::PairData& pair) {
+    PairLine line{.group = pair.first->group,
+                  .a = pair.first->base->path,
+                  .b = pair.second->base->path,
+                  .scores = {pair.scores.begin(), pair.scores.end()}};
+    if (line.b < line.a) std::swap(line.a, line.b);
+    lines.push_back(std::move(line));
+  });
+  // Group numbers follow the table's sort: number them anew by the first name of each.
+  std::sort(lines.begin(), lines.end(), [](const PairLine& x, const PairLine& y) {
+    return std::tie(x.a, x.b) < std::tie(y.a, y.b);
+  });
+  std::map<uint32_t, uint32_t> numbers;
+  for (PairLine& line : lines)
+    line.group =
+        numbers.try_emplace(line.group, static_cast<uint32_t>(numbers.size() + 1)).first->second;
+  std::stable_sort(lines.begin(), lines.end(),
+                   [](const PairLine& x, const PairLine& y) { return x.group < y.group; });
+  return lines;
+}
+
+// Columns as wide as their names, but never narrower than a score.
+int Width(const char* column) {
+  return std::max(7, static_cast<int>(std::string(column).size()));
+}
+
+std::string Padded(const std::string& text, int width) {
+  const auto missing =
+      static_cast<size_t>(width) - std::min(text.size(), static_cast<size_t>(width));
+  return std::string(missing, ' ') + text + "  ";
+}
+
 std::string ScoreText(float score) {
   if (!(score >= 0)) return "-";
   char buffer[16];
@@ -18,66 +59,56 @@ std::string ScoreText(float score) {
   return buffer;
 }
 
-}  // namespace
-
-std::vector<AudioPairLine> ListPairs(const CAudioDupsController& controller) {
-  std::vector<AudioPairLine> lines;
-  controller.ForEachMatch([&](const CAudioDupsController::PairData& pair) {
-    AudioPairLine line{.group = pair.first->group,
-                       .a = pair.first->base->path,
-                       .b = pair.second->base->path,
-                       .tags = pair.scores[0],
-                       .content = pair.scores[1],
-                       .precise = pair.scores[2]};
-    if (line.b < line.a) std::swap(line.a, line.b);
-    lines.push_back(std::move(line));
-  });
-  // Group numbers follow the table's sort: number them anew by the first name of each.
-  std::sort(lines.begin(), lines.end(), [](const AudioPairLine& x, const AudioPairLine& y) {
-    return std::tie(x.a, x.b) < std::tie(y.a, y.b);
-  });
-  std::map<uint32_t, uint32_t> numbers;
-  for (AudioPairLine& line : lines)
-    line.group =
-        numbers.try_emplace(line.group, static_cast<uint32_t>(numbers.size() + 1)).first->second;
-  std::stable_sort(lines.begin(), lines.end(), [](const AudioPairLine& x, const AudioPairLine& y) {
-    return x.group < y.group;
-  });
-  return lines;
-}
-
-std::string PairTable(const std::vector<AudioPairLine>& pairs) {
-  std::string out;
+void AppendTable(const char* heading, Columns columns, const std::vector<PairLine>& pairs,
+                 std::string* out) {
+  std::string names;
+  for (const char* column : columns) names += Padded(column, Width(column));
+  const std::string indent(names.size(), ' ');
   uint32_t group = 0;
-  for (const AudioPairLine& pair : pairs) {
+  for (const PairLine& pair : pairs) {
     if (pair.group != group) {
       group = pair.group;
-      out += (group == 1 ? "Group " : "\nGroup ") + std::to_string(group) + "\n";
-      out += "   tags  content  precise\n";
+      if (!out->empty()) *out += '\n';
+      *out += heading + std::to_string(group) + "\n" + names + "\n";
     }
-    char scores[64];
-    std::snprintf(scores, sizeof scores, "%7s  %7s  %7s  ", ScoreText(pair.tags).c_str(),
-                  ScoreText(pair.content).c_str(), ScoreText(pair.precise).c_str());
-    out += scores + TerminalText(pair.a) + "\n";
-    out += std::string(27, ' ') + TerminalText(pair.b) + "\n";
+    for (size_t i = 0; i < columns.size(); ++i)
+      *out += Padded(ScoreText(pair.scores[i]), Width(columns[i]));
+    *out += TerminalText(pair.a) + "\n" + indent + TerminalText(pair.b) + "\n";
   }
+}
+
+std::string JsonList(Columns columns, const std::vector<PairLine>& pairs) {
+  std::string out = "[";
+  const char* separator = "\n";
+  for (const PairLine& pair : pairs) {
+    out += separator;
+    out += "{\"a\":" + JsonText(pair.a) + ",\"b\":" + JsonText(pair.b);
+    for (size_t i = 0; i < columns.size(); ++i)
+      out += ",\"" + std::string(columns[i]) + "\":" + JsonScore(pair.scores[i]);
+    out += "}";
+    separator = ",\n";
+  }
+  return out + "]";
+}
+
+}  // namespace
+
+PairLists ListPairs(const CAudioDupsController& audio, const CImageDupsController& images) {
+  return {.audio = List(audio), .images = List(images)};
+}
+
+std::string PairTable(const PairLists& pairs) {
+  std::string out;
+  AppendTable("Audio group ", kAudioColumns, pairs.audio, &out);
+  AppendTable("Image group ", kImageColumns, pairs.images, &out);
   return out;
 }
 
-std::string PairJson(const std::vector<AudioPairLine>& pairs, int32_t scheduled,
-                     int32_t processed) {
-  std::string out = "{\"audio\":[";
-  const char* separator = "\n";
-  for (const AudioPairLine& pair : pairs) {
-    out += separator;
-    out += "{\"a\":" + JsonText(pair.a) + ",\"b\":" + JsonText(pair.b) +
-           ",\"tags\":" + JsonScore(pair.tags) + ",\"content\":" + JsonScore(pair.content) +
-           ",\"precise\":" + JsonScore(pair.precise) + "}";
-    separator = ",\n";
-  }
-  out += "],\n\"images\":[],\n\"analysis\":[],\n\"stats\":{\"scheduled\":" +
-         std::to_string(scheduled) + ",\"processed\":" + std::to_string(processed) + "}}\n";
-  return out;
+std::string PairJson(const PairLists& pairs, int32_t scheduled, int32_t processed) {
+  return "{\"audio\":" + JsonList(kAudioColumns, pairs.audio) +
+         ",\n\"images\":" + JsonList(kImageColumns, pairs.images) +
+         ",\n\"analysis\":[],\n\"stats\":{\"scheduled\":" + std::to_string(scheduled) +
+         ",\"processed\":" + std::to_string(processed) + "}}\n";
 }
 
 }  // namespace quill::cli

@@ -1,4 +1,4 @@
-// The outcome of a scan as text: a table for people, one JSON object for programs.
+// The outcome of a scan as text: tables for people, one JSON object for programs.
 #pragma once
 
 #include <cstdint>
@@ -6,22 +6,29 @@
 #include <vector>
 
 #include "results/audio_dups_controller.h"
+#include "results/image_dups_controller.h"
 
 namespace quill::cli {
 
-struct AudioPairLine {
+struct PairLine {
   uint32_t group = 0;
-  std::string a, b;  // a before b in the order of bytes
-  float tags = -1, content = -1, precise = -1;
+  std::string a, b;           // a before b in the order of bytes
+  std::vector<float> scores;  // in the order of the table's columns; below 0 is not computed
 };
 
 // Every match once, by group and then by name: the same folders give the same list whatever the
 // order in which threads found the pairs.
-[[nodiscard]] std::vector<AudioPairLine> ListPairs(const CAudioDupsController& controller);
+struct PairLists {
+  std::vector<PairLine> audio;   // tags, content, precise
+  std::vector<PairLine> images;  // content, experimental
+
+  [[nodiscard]] size_t Count() const { return audio.size() + images.size(); }
+};
+[[nodiscard]] PairLists ListPairs(const CAudioDupsController& audio,
+                                  const CImageDupsController& images);
 
 // A heading a group, then two lines a pair; "-" for a score that was not computed.
-[[nodiscard]] std::string PairTable(const std::vector<AudioPairLine>& pairs);
-[[nodiscard]] std::string PairJson(const std::vector<AudioPairLine>& pairs, int32_t scheduled,
-                                   int32_t processed);
+[[nodiscard]] std::string PairTable(const PairLists& pairs);
+[[nodiscard]] std::string PairJson(const PairLists& pairs, int32_t scheduled, int32_t processed);
 
 }  // namespace quill::cli

@@ -81,7 +81,9 @@ int RunScan(const Arguments& arguments) {
              "; this scan goes on, but nothing is kept for the next one");
   }
   frontEnd.m_tick = [&] { delegate.TimerUpdate(); };
-  frontEnd.m_pairCount = [&] { return delegate.AudioDups().PairCount(); };
+  frontEnd.m_pairCount = [&] {
+    return delegate.AudioDups().PairCount() + delegate.ImageDups().PairCount();
+  };
   delegate.AwakeFromNib();
 
   bool interrupted = false;
@@ -104,12 +106,12 @@ int RunScan(const Arguments& arguments) {
              "; \"quillmarsh-cli resume\" goes on from there");
     return kExitInterrupted;
   }
-  const std::vector<AudioPairLine> pairs = ListPairs(delegate.AudioDups());
+  const PairLists pairs = ListPairs(delegate.AudioDups(), delegate.ImageDups());
   if (!Print(arguments.json ? PairJson(pairs, scheduled, processed) : PairTable(pairs)))
     return kExitFailed;
   if (!arguments.json) {
-    std::fprintf(stderr, "%s%s among %s.\n", pairs.empty() ? "" : "\n",
-                 Count(pairs.size(), "pair", "pairs").c_str(),
+    std::fprintf(stderr, "%s%s among %s.\n", pairs.Count() == 0 ? "" : "\n",
+                 Count(pairs.Count(), "pair", "pairs").c_str(),
                  Count(static_cast<size_t>(processed), "file", "files").c_str());
   }
   return saved ? kExitDone : kExitFailed;

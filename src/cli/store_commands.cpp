@@ -6,6 +6,7 @@
 #include "cli/commands.h"
 #include "cli/safe_text.h"
 #include "cli/session.h"
+#include "image/image_store.h"
 #include "storage/cache_store.h"
 #include "storage/ignore_list.h"
 
@@ -17,7 +18,9 @@ int RunCache(const Arguments& arguments) {
   CCacheStore cache;
   CScanCounters counters;
   CAudioStore audio(cache, counters);
+  CImageStore images(cache, counters);
   cache.SetClient(CacheRecordType::kAudio, &audio);
+  cache.SetClient(CacheRecordType::kImage, &images);
   const std::string path = CSession::DataFile(kCacheFile);
   if (!cache.Load(path)) {
     Complain("cannot open " + TerminalText(path));

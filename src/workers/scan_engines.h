@@ -1,5 +1,7 @@
 // The engines of one worker thread over one decoder process: what a file meets on its way through a
-// scan. Made, used and destroyed on its thread.
+// scan. Every file that is not known as sound is offered as a picture first,
+// whatever its name, and then as sound. Made, used
+// and destroyed on its thread.
 #pragma once
 
 #include <string>
@@ -8,7 +10,10 @@
 #include "audio/audio_settings.h"
 #include "decoding/audio_decoder.h"
 #include "decoding/decoder_table.h"
+#include "decoding/image_decoder.h"
 #include "decoding/process_link.h"
+#include "image/image_comparer.h"
+#include "image/image_settings.h"
 #include "workers/scan_settings.h"
 #include "workers/workers.h"
 
@@ -17,17 +22,21 @@ namespace quill {
 class CScanEngines : public CFileEngines {
  public:
   // All must outlive the engines.
-  CScanEngines(CDecoderTable& table, const CScanSettings& settings, CAudioStore& audioStore,
-               const CIgnoreList& ignores, CAudioPairSink& audioPairs);
+  CScanEngines(CDecoderTable& table, const CScanSettings& settings, const CIgnoreList& ignores,
+               CAudioStore& audioStore, CAudioPairSink& audioPairs, CImageStore& imageStore,
+               CImagePairSink& imagePairs);
 
   [[nodiscard]] bool ProcessFile(const std::string& path, uint8_t group, bool analysis) override;
 
  private:
   const CScanSettings& m_settings;
   AudioSettings m_audioSettings;  // of the file in hand
+  ImageSettings m_imageSettings;  // likewise
   CProcessLink m_link;
   CAudioDecoder m_audioDecoder;
+  CImageDecoder m_imageDecoder;
   CAudioComparer m_audio;
+  CImageComparer m_image;
 };
 
 }  // namespace quill

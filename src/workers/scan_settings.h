@@ -4,6 +4,7 @@
 
 #include "audio/audio_settings.h"
 #include "core/sync.h"
+#include "image/image_settings.h"
 
 namespace quill {
 
@@ -17,10 +18,19 @@ class CScanSettings {
     CSyncLock lock(m_sync);
     return m_audio;
   }
+  void SetImage(const ImageSettings& settings) {
+    CSyncLock lock(m_sync);
+    m_image = settings;
+  }
+  [[nodiscard]] ImageSettings Image() const {
+    CSyncLock lock(m_sync);
+    return m_image;
+  }
 
  private:
   mutable CSync m_sync;
   AudioSettings m_audio GUARDED_BY(m_sync);
+  ImageSettings m_image GUARDED_BY(m_sync);
 };
 
 }  // namespace quill
