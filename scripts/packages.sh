@@ -5,6 +5,7 @@ BUILD_PACKAGES=(
   g++ cmake ninja-build ccache pkg-config
   qt6-base-dev
   libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
+  libvips-dev
   libfftw3-dev libhwy-dev libunistring-dev
 )
 TEST_PACKAGES=(libgtest-dev ffmpeg python3 clang-format clang)

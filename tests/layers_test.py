@@ -47,7 +47,7 @@ for folder in sorted(p.name for p in root.iterdir() if p.is_dir() and any(p.glob
             where = f"{path.relative_to(root.parent)}:{number}"
             if re.match(r"Q[A-Z]|Qt[A-Z]", name) and folder not in QT_FOLDERS:
                 faults.append(f"{where}: Qt outside of {sorted(QT_FOLDERS)}")
-            if re.match(r"lib(av|sw)", name) and folder not in CODEC_FOLDERS:
+            if re.match(r"(lib(av|sw)|vips/)", name) and folder not in CODEC_FOLDERS:
                 faults.append(f"{where}: a codec library outside of the decoder program")
             if not quoted:
                 continue

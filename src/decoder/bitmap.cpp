@@ -149,19 +149,21 @@ void CBitmap::WritePalette(uint32_t y, uint8_t* row) const {
 // Component `index` of the stored pixels goes to `target` and on in steps of a pixel.
 void CBitmap::WriteComponent(uint32_t y, int index, uint8_t* target) const {
   const AVComponentDescriptor& component = m_pixels->comp[index];
+  const uint32_t width = m_header.width;
+  const uint32_t step = m_channels;
   if (component.depth == 8) {
     const uint8_t* sample = Row(y) + component.offset;
-    for (uint32_t x = 0; x < m_header.width; ++x, sample += component.step)
-      target[x * m_channels] = *sample;
+    const int sourceStep = component.step;
+    for (uint32_t x = 0; x < width; ++x, sample += sourceStep, target += step) *target = *sample;
     return;
   }
-  std::vector<uint16_t> values(m_header.width);
+  std::vector<uint16_t> values(width);
   const uint8_t* planes[4] = {m_frame->data[0]};
   av_read_image_line(values.data(), planes, m_frame->linesize, m_pixels, 0, static_cast<int>(y),
                      index, m_frame->width, 0);
   const uint32_t limit = (1u << component.depth) - 1;
-  for (uint32_t x = 0; x < m_header.width; ++x)
-    target[x * m_channels] = static_cast<uint8_t>((values[x] * 255u + limit / 2) / limit);
+  for (uint32_t x = 0; x < width; ++x)
+    target[x * step] = static_cast<uint8_t>((values[x] * 255u + limit / 2) / limit);
 }
 
 void CBitmap::WriteMask(uint32_t y, uint8_t* row) const {

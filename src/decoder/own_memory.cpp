@@ -11,7 +11,7 @@ namespace {
 
 // In bytes; all zero when the system does not tell.
 struct Memory {
-  uint64_t resident = 0;
+  uint64_t own = 0;   // resident, and neither a file's nor shared
   uint64_t data = 0;  // private and writable, touched or not
 };
 
@@ -19,18 +19,19 @@ Memory ReadMemory() {
   std::FILE* file = std::fopen("/proc/self/statm", "re");
   if (file == nullptr) return {};
   unsigned long resident = 0;
+  unsigned long shared = 0;
   unsigned long data = 0;
-  const int fields = std::fscanf(file, "%*u %lu %*u %*u %*u %lu", &resident, &data);
+  const int fields = std::fscanf(file, "%*u %lu %lu %*u %*u %lu", &resident, &shared, &data);
   std::fclose(file);
-  if (fields != 2) return {};
+  if (fields != 3) return {};
   const auto page = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
-  return {resident * page, data * page};
+  return {(resident - shared) * page, data * page};
 }
 
 }  // namespace
 
 uint64_t OwnMemory() {
-  return ReadMemory().resident;
+  return ReadMemory().own;
 }
 
 void LimitOwnMemory(uint64_t bytes) {

@@ -5,7 +5,7 @@
 
 namespace quill::decoder {
 
-// Resident bytes; 0 when the system does not tell.
+// Resident bytes that are neither a file's nor shared; 0 when the system does not tell.
 [[nodiscard]] uint64_t OwnMemory();
 
 // From here on, allocations that would take the process this many bytes beyond what it has now
