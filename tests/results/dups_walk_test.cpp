@@ -178,7 +178,7 @@ class CWalk {
     for (int step = 0; step < 600 && !testing::Test::HasFatalFailure(); ++step) {
       const uint32_t act = Pick(100);
       if (act < 25)
-        Arrive(1 + Pick(3));
+        Arrive(1 + Pick(5) * Pick(5));
       else if (act < 30)
         Arrive(32 + Pick(10));  // merged in one pass
       else if (act < 31)
@@ -206,8 +206,8 @@ class CWalk {
       if (testing::Test::HasFatalFailure()) break;
       m_oracle.Check(m_model);
       if (testing::Test::HasFatalFailure()) ADD_FAILURE() << "step " << step << " act " << act;
-      if (step % 75 == 74) CheckReload();
-      if (step % 150 == 149) {  // so that a dense graph starts over
+      if (step % 45 == 44) CheckReload();
+      if (step % 100 == 99) {  // so that a dense graph starts over
         m_model.Clear();
         m_oracle.items.clear();
         m_oracle.pairs.clear();
