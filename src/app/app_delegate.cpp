@@ -208,9 +208,9 @@ void TDXAppDelegate::ApplicationWillTerminate() {
   ProcessFolders(ScanMode::kNone);
   if (!m_keepIgnoresFile)
     (void)m_ignores.SaveIgnores(configuration.ApplicationSupportPath(kIgnoresFile));
-  // Paused, with the last requests in the workers' hands: the end of the threads would wait for the
-  // end of the pause. These files run to their end instead.
-  if (!_workers->IsRunning() && _workers->Queued() == 0) _workers->Continue();
+  // A pause would keep the threads at its gate, and the end of the threads would wait for the end of
+  // the pause. What they hold runs to its end, as in a quit without a pause.
+  if (!_workers->IsRunning()) _workers->Continue();
   if (m_pendingWork.Open(configuration.ApplicationSupportPath(kPendingWorkFile))) {
     CSerializer serializer(m_pendingWork, *_workers, &m_audioStore, &m_imageStore);
     (void)serializer.InnerProcess();
