@@ -257,11 +257,18 @@ class Scanning(CommandLine):
         tagged = self.folder / "tagged.mp3"
         encode(self.media / "a/short.wav", tagged, "-b:a", "96k", "-metadata", "title=Näme\x1b[0m",
                "-metadata", "artist=Who", "-metadata", "album=What")
-        done = self.run_cli("probe", tagged, self.media / "a/short.wav")
+        picture(self.folder / "view.png", 1, 60, 40)
+        done = self.run_cli("probe", tagged, self.media / "a/short.wav", self.folder / "view.png")
         self.assertEqual(done.returncode, 0, done.stdout)
         text = done.stdout.decode()
-        for part in ("MP3", "0:08.", "96 kbit/s", "22050 Hz", "Näme\\x1B[0m", "Who", "What", "PCM"):
+        for part in ("MP3", "0:08.", "96 kbit/s", "22050 Hz", "Näme\\x1B[0m", "Who", "What", "PCM",
+                     "24bit PNG", "60 x 40"):
             self.assertIn(part, text)
+        notes = self.folder / "notes.txt"
+        notes.write_text("words")
+        done = self.run_cli("probe", notes)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"neither sound nor a picture", done.stdout)
 
     def test_an_interrupted_scan_ends_in_order_and_keeps_what_it_learned(self):
         many = self.folder / "many"

@@ -230,7 +230,8 @@ Commands
                       go on with what an interrupted scan left
   show FILE.quillmarsh [--json]
                       print a results file
-  probe FILE...       what the decoder says of each file: format, duration, bitrate, tags
+  probe FILE...       what the decoder says of each file: format, duration, bitrate, tags,
+                      size in pixels
   cache stats         how much is known from earlier scans
   cache clear         forget it
   ignore list         files and pairs that scans leave alone

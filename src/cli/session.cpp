@@ -8,6 +8,7 @@
 #include "app/front_end.h"
 #include "cli/safe_text.h"
 #include "core/configuration.h"
+#include "core/log.h"
 #include "platform/user_folders.h"
 
 namespace quill::cli {
@@ -49,6 +50,7 @@ bool CSession::Open(const Arguments& arguments) {
     return false;
   }
 
+  CLog::Instance().SetFolder(configuration.LogsPath());
   m_file = std::make_unique<CIniSettingsStore>(folders.settings);
   m_settings = std::make_unique<COverrideStore>(*m_file);
   m_settings->Override("scanningMode", kDuplicatesMode);
