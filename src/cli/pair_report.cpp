@@ -64,6 +64,7 @@ void AppendTable(const char* heading, Columns columns, const std::vector<PairLin
   std::string names;
   for (const char* column : columns) names += Padded(column, Width(column));
   const std::string indent(names.size(), ' ');
+  names.erase(names.find_last_not_of(' ') + 1);
   uint32_t group = 0;
   for (const PairLine& pair : pairs) {
     if (pair.group != group) {
