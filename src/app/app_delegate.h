@@ -85,10 +85,9 @@ class TDXAppDelegate {
 
   [[nodiscard]] CAudioDupsController& AudioDups() { return m_audioDups; }
   [[nodiscard]] CImageDupsController& ImageDups() { return m_imageDups; }
-  [[nodiscard]] CIgnoreList& Ignores() { return m_ignores; }
   [[nodiscard]] CCacheStore& Cache() { return m_cache; }
   [[nodiscard]] const CScanCounters& Counters() const { return m_counters; }
-  // Whether cache, ignore list could be loaded: the command line tells the user.
+  // Whether "cache.dat" could be opened: the command line tells the user.
   [[nodiscard]] bool CacheLoaded() const { return m_cacheLoaded; }
   // Null after termination.
   [[nodiscard]] CWorkers* GetWorkers() { return _workers.get(); }

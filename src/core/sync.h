@@ -20,7 +20,6 @@ class CAPABILITY("mutex") CSync {
 
   void Lock() ACQUIRE() { m_mutex.lock(); }
   void Unlock() RELEASE() { m_mutex.unlock(); }
-  [[nodiscard]] bool TryLock() TRY_ACQUIRE(true) { return m_mutex.try_lock(); }
 
  private:
   friend class CCondition;

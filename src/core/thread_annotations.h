@@ -19,6 +19,5 @@
 #define RELEASE(...) QM_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
 #define RELEASE_SHARED(...) QM_THREAD_ATTRIBUTE(release_shared_capability(__VA_ARGS__))
 #define RELEASE_GENERIC(...) QM_THREAD_ATTRIBUTE(release_generic_capability(__VA_ARGS__))
-#define TRY_ACQUIRE(...) QM_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
 #define EXCLUDES(...) QM_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 #define NO_THREAD_SAFETY_ANALYSIS QM_THREAD_ATTRIBUTE(no_thread_safety_analysis)

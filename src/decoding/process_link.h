@@ -67,8 +67,6 @@ class CProcessLink {
   void SetLogContext(uint32_t decoderId, std::string path, std::string description);
 
   [[nodiscard]] bool IsOpen() const { return m_pipeRead != -1 && m_pipeWrite != -1; }
-  // The child left in the orderly way: the command is worth sending once more.
-  [[nodiscard]] bool IsShutdown() const { return m_shutdown; }
   [[nodiscard]] const uint8_t* Map() const { return m_map; }
   [[nodiscard]] uint64_t MapSize() const { return m_mapSize; }
   [[nodiscard]] pid_t ChildId() const { return m_pid; }

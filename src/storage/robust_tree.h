@@ -120,9 +120,6 @@ class CRobustTree : public CRobustBase {
   // The first item in order that compares equal to the key, else null.
   template <class... Key>
   [[nodiscard]] Item* Find(const Key&... key) const;
-  // The first item in order that is not before the key, else null.
-  template <class... Key>
-  [[nodiscard]] Item* LowerBound(const Key&... key) const;
   // The next item in order of this index, or null; with null the first.
   [[nodiscard]] Item* Next(const Item* item) const { return static_cast<Item*>(NextItem(item)); }
   // Destroys the item and gives the next one in the order of this index, so that a loop can remove

@@ -40,19 +40,6 @@ Item* CRobustTree<Item, Comparator, Allocator>::Find(const Key&... key) const {
 }
 
 template <class Item, class Comparator, class Allocator>
-template <class... Key>
-Item* CRobustTree<Item, Comparator, Allocator>::LowerBound(const Key&... key) const {
-  Item* found = nullptr;
-  for (const Node* node = m_root; node;) {
-    Item* item = static_cast<Item*>(ItemOf(node));
-    const int order = Comparator::Compare(key..., std::as_const(*item));
-    if (order <= 0) found = item;
-    node = Child(order <= 0 ? node->left : node->right);
-  }
-  return found;
-}
-
-template <class Item, class Comparator, class Allocator>
 Item* CRobustTree<Item, Comparator, Allocator>::Remove(Item* item) {
   Item* next = Next(item);
   item->~Item();

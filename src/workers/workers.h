@@ -56,7 +56,7 @@ class CWorkers : public CPendingWorkPool, public CPendingWorkQueue {
 
   // No threads yet. `counters` must outlive the pool.
   CWorkers(CScanCounters& counters, EnginesFactory factory);
-  // Shutdown with null, then drops what is left of the queue.
+  // Shutdown with null.
   ~CWorkers() override;
 
   // Called from any thread each time pending work goes from 0 to 1 or from 1 to 0. Set before the
@@ -73,7 +73,8 @@ class CWorkers : public CPendingWorkPool, public CPendingWorkQueue {
   // 0 = one per online processor; 32 at most. Removing threads ends a pause. False when a thread
   // could not be made.
   bool SetThreadCount(uint32_t limit);
-  // Stops, ends all threads and joins them; with a serializer, queued requests are written to it.
+  // Stops, ends all threads and joins them, and empties the queue; with a serializer, requests that
+  // were not run are written to it.
   // Workers that hold a request at the gate of a pause with nothing queued keep it waiting until
   // the pause ends.
   void Shutdown(CSerializer* serializer) override;
@@ -83,7 +84,7 @@ class CWorkers : public CPendingWorkPool, public CPendingWorkQueue {
   [[nodiscard]] bool IsStopping() const { return m_stop.load() == 1; }
   // Requests queued or in execution.
   [[nodiscard]] uint32_t Pending() const { return m_pending.load(); }
-  // Requests that no worker has taken yet. A look inside for tests.
+  // Entries that no worker has taken yet. A look inside for tests.
   [[nodiscard]] uint32_t Queued() const { return m_queued.load(); }
   [[nodiscard]] uint32_t ThreadCount() const { return m_threadCount; }
 
