@@ -85,6 +85,13 @@ void CDupsModel<Traits>::InvertMarked() {
 }
 
 template <class Traits>
+void CDupsModel<Traits>::MarkOnly(const std::unordered_set<const ItemData*>& items) {
+  for (ItemData* item = m_items.Next(nullptr); item; item = m_items.Next(item)) {
+    item->marked = items.contains(item);
+  }
+}
+
+template <class Traits>
 void CDupsModel<Traits>::RemovePair(PairData* pair) {
   ItemData* first = pair->first;
   ItemData* second = pair->second;
@@ -160,7 +167,7 @@ bool CDupsModel<Traits>::ActOnFiles(const CUniqueList<ItemData>& items,
                                     const FilesCallback& callback) {
   std::vector<std::string> paths;
   for (const ItemData* item : items) paths.push_back(item->base->path);
-  if (paths.empty() || !callback(paths)) return false;
+  if (paths.empty() || !callback(&paths)) return false;
   // The callback may have asked the user, and the table may have changed meanwhile.
   CUniqueList<ItemData> present;
   for (const std::string& path : paths) {

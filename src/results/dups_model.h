@@ -40,12 +40,14 @@
 #include <list>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "core/reference.h"
 #include "core/sync.h"
 #include "results/field_id.h"
+#include "results/partners.h"
 #include "results/sort_key.h"
 #include "results/unique_list.h"
 #include "storage/ignore_list.h"
@@ -100,8 +102,6 @@ class CDupsModel {
   };
 
   using Rows = std::vector<int32_t>;
-  // Acts on the files; true if the model is to follow. It may let the main queue run meanwhile.
-  using FilesCallback = std::function<bool(const std::vector<std::string>& paths)>;
   using SwapFunction = std::function<bool(const std::string& first, const std::string& second)>;
 
   struct Statistics {
@@ -141,6 +141,12 @@ class CDupsModel {
       if (CompareAddresses(pair->second, pair->first) >= 0) visit(*pair);
     }
   }
+  // Calls visit(const ItemData&) once for each file, in the order of the paths.
+  template <class Visit>
+  void ForEachItem(Visit visit) const {
+    for (const ItemData* item = m_items.Next(nullptr); item; item = m_items.Next(item))
+      visit(*item);
+  }
   [[nodiscard]] SortState Sort() const { return m_sort; }
 
   // Sorts and stores the state in the settings; kNone is ignored.
@@ -163,6 +169,8 @@ class CDupsModel {
   void MarkRows(const Rows& rows);
   void UnmarkAll();
   void InvertMarked();
+  // Marks these items of this model and no other file.
+  void MarkOnly(const std::unordered_set<const ItemData*>& items);
   // An outer row stands for all pairs of its item, an inner row for its pair: they go to the ignore
   // list and leave the model.
   void IgnoreRows(const Rows& rows);

@@ -2,6 +2,7 @@
 // the other table of the same window, implement. All calls come on the main thread.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,10 @@ class CAnalysisRequests {
   virtual ~CAnalysisRequests() = default;
   virtual void RequestAnalysis(std::string path) = 0;
 };
+
+// Acts on files of a table; true if the table is to forget them. When the user stops it half-way it
+// shortens the list to the files that it dealt with. It may let the main queue run meanwhile.
+using FilesCallback = std::function<bool(std::vector<std::string>* paths)>;
 
 // A second table over the same files, which follows what this one does to them.
 class CPartnerTable {

@@ -317,8 +317,8 @@ class CWalk {
     const Rows rows = SomeRows();
     const std::vector<std::string> wanted = FilesOf(rows);
     const bool follow = Pick(2);
-    const auto act = [&](const std::vector<std::string>& paths) {
-      EXPECT_EQ(paths, wanted);
+    const auto act = [&](std::vector<std::string>* paths) {
+      EXPECT_EQ(*paths, wanted);
       return follow;
     };
     ASSERT_EQ(m_model.ActOnRows(rows, act), follow && !wanted.empty());
@@ -332,8 +332,8 @@ class CWalk {
       if (row.partner.empty() && m_oracle.items.at(row.item).marked) marked.push_back(row.item);
     }
     std::vector<std::string> given;
-    m_model.ActOnMarked([&](const std::vector<std::string>& paths) {
-      given = paths;
+    m_model.ActOnMarked([&](std::vector<std::string>* paths) {
+      given = *paths;
       return true;
     });
     ASSERT_EQ(given, marked);

@@ -1,0 +1,116 @@
+// The model of the audio quality table: one row per analysed file, with no pairs and no groups. It
+// also holds the rating by which the audio automark chooses between two files, and the values that
+// the duplicates table shows in the columns it shares with this one. The two tables follow each
+// other's changes of files through m_controller, one to each side.
+//
+// Workers call LockedAdd only (under m_sync); all the rest belongs to the main thread. Rows are
+// plain pointers to the nodes of m_items and stay valid as long as their node.
+#pragma once
+
+#include <functional>
+#include <list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "audio/analysis_sink.h"
+#include "audio/analysis_store.h"
+#include "core/sync.h"
+#include "results/field_id.h"
+#include "results/partners.h"
+#include "results/rating.h"
+#include "storage/ignore_list.h"
+#include "storage/results_journal.h"
+#include "storage/robust_tree.h"
+
+namespace quill {
+
+class CAudioAnalysisController : public CAnalysisSink,
+                                 public CAnalysisResultsTable,
+                                 public CPartnerTable {
+ public:
+  // A node of m_items.
+  struct ItemData {
+    CRef<const AnalysisInfo> base;
+    float rating = 0;
+    bool marked = false;
+  };
+  using Rows = std::vector<int32_t>;
+
+  // Reads the sort state from the settings. Both must outlive the controller.
+  CAudioAnalysisController(const CAnalysisStore& store, CIgnoreList& ignores);
+  CAudioAnalysisController(const CAudioAnalysisController&) = delete;
+  CAudioAnalysisController& operator=(const CAudioAnalysisController&) = delete;
+
+  // The duplicates model of the same window: told of every removal of files; may be null. Not
+  // owned.
+  CPartnerTable* m_controller = nullptr;
+  // Called with no lock held each time the pending list stops being empty; set before any worker
+  // runs. It is to have ProcessNewData called on the main thread.
+  std::function<void()> m_callback;
+  // Where each change is written; may be null. Not owned.
+  CResultsJournal* m_journal = nullptr;
+
+  // CAnalysisSink
+  bool LockedAdd(const CRef<const AnalysisInfo>& info) override EXCLUDES(m_sync);
+
+  // ---- the table, for views; main thread, like all below
+  [[nodiscard]] size_t RowCount() const { return m_viewData.size(); }
+  // Null after a report for a row outside the table.
+  [[nodiscard]] const ItemData* TableAt(int32_t row) const;
+  // Null when the path is unknown: for the shared columns of the duplicates table and the automark.
+  [[nodiscard]] const ItemData* FindItem(std::string_view path) const { return m_items.Find(path); }
+  [[nodiscard]] SortState Sort() const { return m_sort; }
+  // Sorts and stores the state in the settings; kNone is ignored.
+  void SetSort(FieldId column, bool ascending);
+  // Takes the pending records into the table. A path that is present already drops the new record,
+  // so that a file analysed twice keeps its first result.
+  bool ProcessNewData();
+
+  // ---- actions; rows outside the table are skipped
+  void MarkRows(const Rows& rows);
+  void UnmarkAll();
+  void InvertMarked();
+  // The files go to the list of single ignored files and leave the table.
+  void IgnoreRows(const Rows& rows);
+  void IgnoreMarked();
+  // Hands the files to `callback`, in the order of the rows, and removes them from the table, and
+  // from the partner's, when it says so. True if the table has changed.
+  bool ActOnRows(const Rows& rows, const FilesCallback& callback);
+  bool ActOnMarked(const FilesCallback& callback);
+
+  // CPartnerTable: what the duplicates table does to files. Unknown paths are passed over. Clear
+  // empties the table, the pending list and the journal.
+  void RemovePaths(const std::vector<std::string>& paths) override;
+  void ChangePath(std::string_view oldPath, std::string_view newPath, std::string_view artist,
+                  std::string_view album, std::string_view title) override;
+  void Clear() override;
+
+  // CAnalysisResultsTable. BulkAdd and BulkRemove leave the rows to RebuildRows.
+  bool BulkAdd(const AnalysisItemRecord& item) override;
+  bool BulkRemove(std::string_view path) override;
+  bool BulkChange(std::string_view oldPath, std::string_view newPath, std::string_view artist,
+                  std::string_view album, std::string_view title) override;
+  void RebuildRows() override;
+  [[nodiscard]] bool WriteResults(CResultsJournal& journal) override;
+
+ private:
+  struct FIndexItem {
+    static int Compare(std::string_view path, const ItemData& item) {
+      return path.compare(item.base->path);
+    }
+    static int Compare(const ItemData& key, const ItemData& item) {
+      return Compare(key.base->path, item);
+    }
+  };
+
+  const CAnalysisStore& m_store;
+  CIgnoreList& m_ignores;
+  SortState m_sort;
+  CRobustTree<ItemData, FIndexItem> m_items;
+  std::vector<ItemData*> m_viewData;
+  CSync m_sync;
+  std::list<ItemData> m_itemsNew GUARDED_BY(m_sync);
+};
+
+}  // namespace quill
