@@ -20,11 +20,12 @@ LAYERS = {
     "app": LOW | {"decoding", "audio", "image", "results", "workers"},
     "platform": LOW | {"decoding", "audio", "image", "results", "workers", "app"},
     "cli": LOW | {"decoding", "audio", "image", "results", "workers", "app", "platform"},
+    "ui": LOW | {"decoding", "audio", "image", "results", "workers", "app", "platform"},
     "decoder": set(),
 }
 # Single headers allowed on top of the table.
 EXCEPTIONS = {("decoder", "decoding/wire.h")}
-QT_FOLDERS = {"platform", "cli"}
+QT_FOLDERS = {"platform", "ui", "cli"}
 CODEC_FOLDERS = {"decoder"}
 
 root = pathlib.Path(__file__).resolve().parent.parent / "src"

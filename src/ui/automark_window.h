@@ -1,0 +1,21 @@
+// The window in which the user arranges the criteria of the automark, its folders and extensions,
+// and the thresholds. It only edits settings. Main thread.
+#pragma once
+
+#include <vector>
+
+class QWidget;
+
+namespace quill {
+
+class CAudioAutomark;
+class CImageAutomark;
+
+// Runs the window modally. True when the user gave the word to mark: the settings are saved then,
+// and `allowed` tells for each score whether it may take part.
+[[nodiscard]] bool RunAutomarkWindow(QWidget* parent, const CAudioAutomark& automark,
+                                     std::vector<bool>* allowed);
+[[nodiscard]] bool RunAutomarkWindow(QWidget* parent, const CImageAutomark& automark,
+                                     std::vector<bool>* allowed);
+
+}  // namespace quill
