@@ -13,14 +13,28 @@
 
 namespace quill {
 
+namespace {
+
+// The table forgets its content, and the autosave file is left to the clear of another table.
+template <class Table>
+void ClearDetached(Table& table) {
+  CResultsJournal* const journal = std::exchange(table.m_journal, nullptr);
+  table.Clear();
+  table.m_journal = journal;
+}
+
+}  // namespace
+
 TDXAppDelegate::TDXAppDelegate(CMainQueue& queue, CFrontEnd& frontEnd)
     : m_queue(queue),
       m_frontEnd(frontEnd),
       m_self(std::make_shared<TDXAppDelegate*>(this)),
       m_audioStore(m_cache, m_counters),
       m_imageStore(m_cache, m_counters),
+      m_analysisStore(m_cache),
       m_audioDups(m_audioStore, m_ignores),
-      m_imageDups(m_imageStore, m_ignores) {
+      m_imageDups(m_imageStore, m_ignores),
+      m_audioAnalysis(m_analysisStore, m_ignores) {
   const CConfiguration& configuration = CConfiguration::Instance();
   CLog& log = CLog::Instance();
   log.SetFolder(configuration.LogsPath());
@@ -36,18 +50,24 @@ TDXAppDelegate::TDXAppDelegate(CMainQueue& queue, CFrontEnd& frontEnd)
   };
   m_audioDups.m_callback = post(&TDXAppDelegate::ProcessNewAudio);
   m_imageDups.m_callback = post(&TDXAppDelegate::ProcessNewImages);
+  m_audioAnalysis.m_callback = post(&TDXAppDelegate::ProcessNewAnalysis);
+  m_audioDups.m_controller = &m_audioAnalysis;
+  m_audioAnalysis.m_controller = &m_audioDups;
 
   _workers = std::make_unique<CWorkers>(m_counters, [this] {
     return std::make_unique<CScanEngines>(CDecoderTable::Instance(), m_settings, m_ignores,
-                                          m_audioStore, m_audioDups, m_imageStore, m_imageDups);
+                                          m_audioStore, m_audioDups, m_imageStore, m_imageDups,
+                                          m_analysisStore, m_audioAnalysis);
   });
   _workers->m_callback = post(&TDXAppDelegate::PoolChanged);
 
-  _journal = std::make_unique<CResultsJournal>(&m_audioDups, &m_imageDups, nullptr);
+  _journal = std::make_unique<CResultsJournal>(&m_audioDups, &m_imageDups, &m_audioAnalysis);
+  m_audioDups.m_workers = this;
 
   log.Line("Loading cache...");
   m_cache.SetClient(CacheRecordType::kAudio, &m_audioStore);
   m_cache.SetClient(CacheRecordType::kImage, &m_imageStore);
+  m_cache.SetClient(CacheRecordType::kAnalysis, &m_analysisStore);
   m_cacheLoaded = m_cache.Load(configuration.ApplicationSupportPath(kCacheFile));
   log.Line(m_cacheLoaded ? "Loading cache complete" : "Loading cache failed");
 
@@ -76,8 +96,8 @@ void TDXAppDelegate::AwakeFromNib() {
 
 void TDXAppDelegate::ReloadConfig() {
   const CConfiguration& configuration = CConfiguration::Instance();
-  if (m_audioDups.ReloadSettings()) ReloadDups(ResultsTab::kAudioDups);
-  if (m_imageDups.ReloadSettings()) ReloadDups(ResultsTab::kImageDups);
+  if (m_audioDups.ReloadSettings()) Reload(ResultsTab::kAudioDups);
+  if (m_imageDups.ReloadSettings()) Reload(ResultsTab::kImageDups);
 
   AudioSettings audio;
   audio.Configure(configuration.GetBool("enableAudioTags", true),
@@ -108,7 +128,9 @@ void TDXAppDelegate::ReloadConfig() {
 }
 
 void TDXAppDelegate::RestoreAutosave() {
-  if (m_audioDups.m_journal != nullptr || m_imageDups.m_journal != nullptr) return;
+  if (m_audioDups.m_journal != nullptr || m_imageDups.m_journal != nullptr ||
+      m_audioAnalysis.m_journal != nullptr)
+    return;
   const CConfiguration& configuration = CConfiguration::Instance();
   if (!_journal->OpenForWriting(configuration.ApplicationSupportPath(kAutosaveFile))) return;
   if (_stateLoaded)
@@ -117,6 +139,7 @@ void TDXAppDelegate::RestoreAutosave() {
     (void)_journal->Load();
   m_audioDups.m_journal = _journal.get();
   m_imageDups.m_journal = _journal.get();
+  m_audioAnalysis.m_journal = _journal.get();
   if (!_stateLoaded) {
     _stateLoaded = true;
     if (m_pendingWork.Open(configuration.ApplicationSupportPath(kPendingWorkFile))) {
@@ -124,8 +147,13 @@ void TDXAppDelegate::RestoreAutosave() {
       (void)reader.InnerProcess();
     }
   }
-  ReloadDups(ResultsTab::kAudioDups);
-  ReloadDups(ResultsTab::kImageDups);
+  ReloadAll();
+}
+
+void TDXAppDelegate::ResultsChanged(ResultsTab tab) {
+  Reload(tab);
+  if (tab == ResultsTab::kAudioDups) m_frontEnd.ReloadView(ResultsTab::kAudioAnalysis);
+  if (tab == ResultsTab::kAudioAnalysis) m_frontEnd.ReloadView(ResultsTab::kAudioDups);
 }
 
 void TDXAppDelegate::StartScan() {
@@ -137,13 +165,48 @@ void TDXAppDelegate::StartScan() {
   } else {
     ResetMarks();
     if (_scanningMode == ScanMode::kDuplicates) {
-      ClearDups();
-      ReloadDups(ResultsTab::kAudioDups);
-      ReloadDups(ResultsTab::kImageDups);
+      ClearDetached(m_audioDups);
+      m_imageDups.Clear();
+      Reload(ResultsTab::kAudioDups);
+      Reload(ResultsTab::kImageDups);
+    } else {
+      m_audioAnalysis.Clear();
+      Reload(ResultsTab::kAudioAnalysis);
     }
     ProcessFolders(_scanningMode);
   }
   UIThreads();
+}
+
+void TDXAppDelegate::StartMenuScan() {
+  SetModeScan();
+  StartScan();
+}
+
+void TDXAppDelegate::StartMenuAnalyse() {
+  SetModeAnalyse();
+  StartScan();
+}
+
+void TDXAppDelegate::AnalyseFiles(const std::vector<std::string>& paths) {
+  for (const std::string& path : paths) QueueAnalysis(path, CWorkers::Request::kAnalysisFile);
+}
+
+void TDXAppDelegate::AnalyseFolders(const std::vector<std::string>& paths) {
+  for (const std::string& path : paths) QueueAnalysis(path, CWorkers::Request::kAnalysisFolder);
+}
+
+void TDXAppDelegate::RequestAnalysis(std::string path) {
+  QueueAnalysis(std::move(path), CWorkers::Request::kAnalysisFile);
+}
+
+void TDXAppDelegate::QueueAnalysis(std::string path, uint32_t kind) {
+  std::unique_ptr<CWorkers::Request> request(new (std::nothrow) CWorkers::Request);
+  if (!request) return;
+  request->kind = kind;
+  request->path = std::move(path);
+  request->firstFlag = kind == CWorkers::Request::kAnalysisFolder ? 1 : 0;
+  (void)_workers->QueueRequest(std::move(request));
 }
 
 void TDXAppDelegate::StopScan() {
@@ -165,10 +228,15 @@ bool TDXAppDelegate::IsIdle() const {
   return !_workers->IsStopping() && _workers->IsRunning() && _workers->Pending() == 0;
 }
 
+bool TDXAppDelegate::CanBegin() const {
+  return IsIdle() && m_frontEnd.HasSelection();
+}
+
 bool TDXAppDelegate::SaveData(const std::string& path) {
   (void)m_audioDups.ProcessNewData();
   (void)m_imageDups.ProcessNewData();
-  CResultsJournal journal(&m_audioDups, &m_imageDups, nullptr);
+  (void)m_audioAnalysis.ProcessNewData();
+  CResultsJournal journal(&m_audioDups, &m_imageDups, &m_audioAnalysis);
   if (journal.OpenForWriting(path) && journal.Rebuild()) return true;
   m_frontEnd.ShowAlert("Error", "Failed to save results file");
   return false;
@@ -184,11 +252,12 @@ bool TDXAppDelegate::LoadData(const std::string& path) {
     return false;
   }
   ResetMarks();
-  ClearDups();
-  CResultsJournal file(&m_audioDups, &m_imageDups, nullptr);
+  ClearDetached(m_audioDups);
+  ClearDetached(m_imageDups);
+  m_audioAnalysis.Clear();
+  CResultsJournal file(&m_audioDups, &m_imageDups, &m_audioAnalysis);
   const bool loaded = file.OpenForReading(path) && file.Load();
-  ReloadDups(ResultsTab::kAudioDups);
-  ReloadDups(ResultsTab::kImageDups);
+  ReloadAll();
   return loaded;
 }
 
@@ -218,8 +287,10 @@ void TDXAppDelegate::ApplicationWillTerminate() {
   _workers.reset();
   (void)m_audioDups.ProcessNewData();
   (void)m_imageDups.ProcessNewData();
+  (void)m_audioAnalysis.ProcessNewData();
   m_audioDups.m_journal = nullptr;
   m_imageDups.m_journal = nullptr;
+  m_audioAnalysis.m_journal = nullptr;
   _journal.reset();
 }
 
@@ -230,18 +301,15 @@ void TDXAppDelegate::SetMode(ScanMode mode) {
 
 void TDXAppDelegate::ProcessFolders(ScanMode mode) {
   for (TDXSelectedFolder& folder : m_frontEnd.UnloadList()) {
-    if (mode != ScanMode::kDuplicates && mode != ScanMode::kAnalysis) continue;
+    if (mode == ScanMode::kAnalysis)
+      QueueAnalysis(std::move(folder.path), CWorkers::Request::kAnalysisFolder);
+    if (mode != ScanMode::kDuplicates) continue;
     std::unique_ptr<CWorkers::Request> request(new (std::nothrow) CWorkers::Request);
     if (!request) continue;
     request->path = std::move(folder.path);
-    if (mode == ScanMode::kAnalysis) {
-      request->kind = CWorkers::Request::kAnalysisFolder;
-      request->firstFlag = 1;
-    } else {
-      request->kind = CWorkers::Request::kFolder;
-      request->firstFlag = folder.groupId;
-      request->secondFlag = 1;
-    }
+    request->kind = CWorkers::Request::kFolder;
+    request->firstFlag = folder.groupId;
+    request->secondFlag = 1;
     (void)_workers->QueueRequest(std::move(request));
   }
 }
@@ -251,14 +319,6 @@ void TDXAppDelegate::ResetMarks() {
   m_counters.scheduled = 0;
   m_audioStore.ResetScanState();
   m_imageStore.ResetScanState();
-}
-
-void TDXAppDelegate::ClearDups() {
-  CResultsJournal* const journal = std::exchange(m_audioDups.m_journal, nullptr);
-  m_audioDups.Clear();
-  m_audioDups.m_journal = journal;
-  // The last one with its journal: this is what empties the autosave file, once for all tables.
-  m_imageDups.Clear();
 }
 
 void TDXAppDelegate::PoolChanged() {
@@ -271,18 +331,30 @@ void TDXAppDelegate::PoolChanged() {
 void TDXAppDelegate::ProcessNewAudio() {
   if (m_terminated) return;
   (void)m_audioDups.ProcessNewData();
-  ReloadDups(ResultsTab::kAudioDups);
+  Reload(ResultsTab::kAudioDups);
 }
 
 void TDXAppDelegate::ProcessNewImages() {
   if (m_terminated) return;
   (void)m_imageDups.ProcessNewData();
-  ReloadDups(ResultsTab::kImageDups);
+  Reload(ResultsTab::kImageDups);
 }
 
-void TDXAppDelegate::ReloadDups(ResultsTab tab) {
+void TDXAppDelegate::ProcessNewAnalysis() {
+  if (m_terminated) return;
+  (void)m_audioAnalysis.ProcessNewData();
+  ResultsChanged(ResultsTab::kAudioAnalysis);
+}
+
+void TDXAppDelegate::Reload(ResultsTab tab) {
   m_frontEnd.ReloadView(tab);
   UpdateBadge();
+}
+
+void TDXAppDelegate::ReloadAll() {
+  for (const ResultsTab tab :
+       {ResultsTab::kAudioDups, ResultsTab::kImageDups, ResultsTab::kAudioAnalysis})
+    Reload(tab);
 }
 
 void TDXAppDelegate::CheckTimer() {

@@ -15,11 +15,13 @@
 
 #include "app/front_end.h"
 #include "app/progress_estimate.h"
+#include "audio/analysis_store.h"
 #include "audio/audio_store.h"
 #include "core/main_queue.h"
 #include "core/scan_counters.h"
 #include "decoding/decoder_table.h"
 #include "image/image_store.h"
+#include "results/audio_analysis_controller.h"
 #include "results/audio_dups_controller.h"
 #include "results/image_dups_controller.h"
 #include "storage/cache_store.h"
@@ -33,13 +35,13 @@ namespace quill {
 
 enum class ScanMode : int32_t { kNone = 0, kDuplicates = 1, kAnalysis = 2 };
 
-class TDXAppDelegate {
+class TDXAppDelegate : private CAnalysisRequests {
  public:
   // Makes everything, opens the log and loads cache and ignore list; no threads yet. The
   // configuration must have its store and folders. Both arguments must outlive the delegate.
   TDXAppDelegate(CMainQueue& queue, CFrontEnd& frontEnd);
   // Terminates, if that has not been done.
-  ~TDXAppDelegate();
+  ~TDXAppDelegate() override;
   TDXAppDelegate(const TDXAppDelegate&) = delete;
   TDXAppDelegate& operator=(const TDXAppDelegate&) = delete;
 
@@ -55,16 +57,29 @@ class TDXAppDelegate {
   // Pushes the configuration into the engines; safe in mid-scan.
   void ReloadConfig();
 
+  // The user has changed rows of a table: it is shown anew, the other audio table too, and the
+  // badge follows.
+  void ResultsChanged(ResultsTab tab);
+
   // The one button: continue when paused, pause when work is pending, else begin a new scan.
   void StartScan();
   // Does not wait: files in work run to their end, all else in the queue is thrown away.
   void StopScan();
+  // Begins a scan in a mode of its own choice, as the menu does.
+  void StartMenuScan();
+  void StartMenuAnalyse();
+  // Queues single files, or folders with all below them, for analysis; with no scan or beside one.
+  // Nothing is cleared.
+  void AnalyseFiles(const std::vector<std::string>& paths);
+  void AnalyseFolders(const std::vector<std::string>& paths);
   void SetModeScan() { SetMode(ScanMode::kDuplicates); }
   void SetModeAnalyse() { SetMode(ScanMode::kAnalysis); }
   [[nodiscard]] ScanMode Mode() const { return _scanningMode; }
   [[nodiscard]] bool CanStart() const;
   [[nodiscard]] bool CanStop() const;
   [[nodiscard]] bool IsIdle() const;
+  // Whether the menu's scans can begin: idle, with folders to scan.
+  [[nodiscard]] bool CanBegin() const;
 
   // Writes the present results to a file, or reads a file into the tables. A failure is told by an
   // alert and leaves the tables as they are.
@@ -85,6 +100,8 @@ class TDXAppDelegate {
 
   [[nodiscard]] CAudioDupsController& AudioDups() { return m_audioDups; }
   [[nodiscard]] CImageDupsController& ImageDups() { return m_imageDups; }
+  [[nodiscard]] CAudioAnalysisController& AudioAnalysis() { return m_audioAnalysis; }
+  [[nodiscard]] CIgnoreList& Ignores() { return m_ignores; }
   [[nodiscard]] CCacheStore& Cache() { return m_cache; }
   [[nodiscard]] const CScanCounters& Counters() const { return m_counters; }
   // Whether "cache.dat" could be opened: the command line tells the user.
@@ -99,8 +116,11 @@ class TDXAppDelegate {
   void PoolChanged();
   void ProcessNewAudio();
   void ProcessNewImages();
-  void ClearDups();
-  void ReloadDups(ResultsTab tab);
+  void ProcessNewAnalysis();
+  void RequestAnalysis(std::string path) override;
+  void QueueAnalysis(std::string path, uint32_t kind);
+  void Reload(ResultsTab tab);
+  void ReloadAll();
   void CheckTimer();
   void UIThreads();
   void UIProgress();
@@ -117,9 +137,11 @@ class TDXAppDelegate {
   CIgnoreList m_ignores;
   CAudioStore m_audioStore;
   CImageStore m_imageStore;
+  CAnalysisStore m_analysisStore;
   CPendingWorkStore m_pendingWork;
   CAudioDupsController m_audioDups;
   CImageDupsController m_imageDups;
+  CAudioAnalysisController m_audioAnalysis;
   std::unique_ptr<CWorkers> _workers;
   std::unique_ptr<CResultsJournal> _journal;
 

@@ -62,7 +62,8 @@ void CDupsModel<Traits>::Clear() {
     CSyncLock lock(m_sync);
     m_pairsNew.clear();
   }
-  if (m_journal) m_journal->Reset();
+  // Not emptied: the journal still holds what the other tables show.
+  if (m_journal) (void)m_journal->Rebuild();
 }
 
 template <class Traits>

@@ -155,7 +155,7 @@ class CDupsModel {
   [[nodiscard]] bool ReloadSettings();
   // Shows or hides the inner rows of an outer row; does nothing in flat mode.
   void ToggleGroup(int32_t row);
-  // Forgets everything, pending pairs and the journal's content too.
+  // Forgets everything, pending pairs and what the journal has of this table too.
   void Clear();
 
   // Takes the pending pairs into the model. On a failure (a pair that is present already is one)

@@ -1,11 +1,12 @@
 // The engines of one worker thread over one decoder process: what a file meets on its way through a
-// scan. Every file that is not known as sound is offered as a picture first,
-// whatever its name, and then as sound. Made, used
-// and destroyed on its thread.
+// scan. Every file that is not known as sound is offered as a picture first, whatever its name, and
+// then as sound; for an analysis it is measured as sound and nothing else. Made, used and destroyed
+// on its thread.
 #pragma once
 
 #include <string>
 
+#include "audio/audio_analyser.h"
 #include "audio/audio_comparer.h"
 #include "audio/audio_settings.h"
 #include "decoding/audio_decoder.h"
@@ -24,7 +25,7 @@ class CScanEngines : public CFileEngines {
   // All must outlive the engines.
   CScanEngines(CDecoderTable& table, const CScanSettings& settings, const CIgnoreList& ignores,
                CAudioStore& audioStore, CAudioPairSink& audioPairs, CImageStore& imageStore,
-               CImagePairSink& imagePairs);
+               CImagePairSink& imagePairs, CAnalysisStore& analysisStore, CAnalysisSink& analyses);
 
   [[nodiscard]] bool ProcessFile(const std::string& path, uint8_t group, bool analysis) override;
 
@@ -37,6 +38,7 @@ class CScanEngines : public CFileEngines {
   CImageDecoder m_imageDecoder;
   CAudioComparer m_audio;
   CImageComparer m_image;
+  CAudioAnalyser m_analyser;
 };
 
 }  // namespace quill
