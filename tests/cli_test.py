@@ -395,5 +395,127 @@ class Lasting(CommandLine):
         self.assertTrue(precious.read_text().startswith("no results at all"))
 
 
+class Acting(CommandLine):
+    """Ratings, exports, marks and what is done to marked files."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.media_folder = tempfile.TemporaryDirectory()
+        cls.media = pathlib.Path(cls.media_folder.name)
+        for seed in range(2):
+            best = cls.media / f"best/{seed}.flac"
+            write_wav(cls.media / f"{seed}.wav", music(400 + seed, 12))
+            encode(cls.media / f"{seed}.wav", best, "-ar", "44100", "-ac", "2")
+            encode(best, cls.media / f"worse/{seed}.mp3", "-b:a", "64k", "-ac", "1")
+            (cls.media / f"{seed}.wav").unlink()
+        picture(cls.media / "large.png", 500)
+        encode(cls.media / "large.png", cls.media / "small.png", "-vf", "scale=iw/2:-1")
+
+    def setUp(self):
+        super().setUp()
+        self.work = self.folder / "work"
+        shutil.copytree(self.media, self.work)
+        self.saved = self.folder / "mine.quillmarsh"
+        self.environment = dict(os.environ, XDG_DATA_HOME=str(self.folder / "xdg"))
+
+    def scan(self, *words):
+        done = self.run_cli("--set", "enableAudioTags=0", "scan", *words)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return done
+
+    def mark(self, *words, **options):
+        return self.run_cli("mark", self.saved, *words, env=self.environment, **options)
+
+    def shown(self):
+        return json.loads(self.run_cli("show", self.saved, "--json").stdout)
+
+    def test_analysis_rates_every_audio_file_and_is_kept(self):
+        rated = json.loads(self.scan("--analyse", self.work, "--json", "--save", self.saved).stdout)
+        self.assertEqual(rated["audio"] + rated["images"], [])
+        self.assertEqual(rated["stats"], {"scheduled": 4, "processed": 4})
+        rating = {os.path.basename(a["path"]): a["rating"] for a in rated["analysis"]}
+        self.assertEqual(sorted(rating), ["0.flac", "0.mp3", "1.flac", "1.mp3"])
+        self.assertLess(max(rating["0.mp3"], rating["1.mp3"]), 0.5)
+        self.assertGreater(min(rating["0.flac"], rating["1.flac"]),
+                           max(rating["0.mp3"], rating["1.mp3"]))
+        self.assertEqual(set(rated["analysis"][0]), {
+            "path", "rating", "clipping", "silence", "absmean", "minstep", "absmax", "maxfreq",
+            "clicks", "samplerate", "channels", "bitrate", "duration", "size"})
+        self.assertEqual(self.shown()["analysis"], rated["analysis"])
+        # A decoder that cannot even start: everything must come from the cache.
+        copies = self.folder / "bin"
+        copies.mkdir()
+        shutil.copy(PROGRAMS / "quillmarsh-cli", copies)
+        shutil.copy("/bin/false", copies / "decoder")
+        again = self.run_cli("scan", "--analyse", self.work, "--json", programs=copies)
+        self.assertEqual(json.loads(again.stdout)["analysis"], rated["analysis"])
+        table = self.scan("--analyse", self.work)
+        lines = table.stdout.decode().splitlines()
+        self.assertEqual(len(lines), 5)
+        self.assertRegex(lines[1], r"^ *\d+\.\d%  .*  .*\.mp3$")
+        self.assertIn(b"4 rated files among 4 files.", table.stderr)
+
+    def test_exports(self):
+        self.scan(self.work, "--export", self.folder / "pairs.csv")
+        text = (self.folder / "pairs.csv").read_bytes().decode()
+        self.assertEqual(text.count("\r\n"), 2)
+        self.assertRegex(text, r'^"[^"]*";"[^"]*";\d+\.\d{4};-?\d+\.\d{4};\d+(\.\d{4})?\r\n')
+        images = (self.folder / "pairs-images.csv").read_bytes().decode()
+        self.assertIn("large.png", images)
+        self.scan("--analyse", self.work, "--export", self.folder / "ratings.html")
+        self.assertEqual((self.folder / "ratings.html").read_bytes().count(b"<td>"), 4 * 14)
+        failed = self.run_cli("scan", self.work / "best", "--export", "/dev/full/x.csv")
+        self.assertEqual(failed.returncode, 1)
+        self.assertIn(b"/dev/full/x.csv", failed.stderr)
+
+    def test_marked_files_go_to_the_trash_and_out_of_the_results(self):
+        self.scan(self.work)
+        self.scan("--analyse", self.work, "--save", self.saved)
+        worse = sorted([self.work / "worse/0.mp3", self.work / "worse/1.mp3",
+                        self.work / "small.png"])
+        listed = self.mark()
+        self.assertEqual(listed.returncode, 0, listed.stderr)
+        self.assertEqual(sorted(map(pathlib.Path, listed.stdout.decode().split("\n")[:-1])), worse)
+
+        refused = self.mark("--trash", input=b"n\n")
+        self.assertEqual(refused.returncode, 1)
+        self.assertIn(b"Move 3 files to the trash?", refused.stderr)
+        self.assertTrue(all(path.exists() for path in worse))
+
+        done = self.mark("--trash", input=b"yes\n")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn(b"Moved 3 files to the trash.", done.stderr)
+        self.assertFalse(any(path.exists() for path in worse))
+        trash = [path for path in self.folder.rglob("*.trashinfo")]
+        trash += [path for path in pathlib.Path(self.folder.anchor).glob(
+            f".Trash*{os.getuid()}/info/*") if str(self.work) in path.read_text()]
+        self.assertEqual(len(trash), 3)
+        left = self.shown()
+        self.assertEqual(left["audio"] + left["images"], [])
+        self.assertEqual({os.path.basename(a["path"]) for a in left["analysis"]},
+                         {"0.flac", "1.flac"})
+
+    def test_moving_never_overwrites_and_never_takes_the_last_file(self):
+        self.scan(self.work, "--save", self.saved)
+        target = self.folder / "target"
+        target.mkdir()
+        marked = [pathlib.Path(p) for p in self.mark().stdout.decode().split("\n")[:-1]]
+        self.assertEqual(len(marked), 3)
+        # One name is taken, one file has changed since, and one is all that is left of its group.
+        taken = next(p for p in marked if p.stem == "0")
+        (target / taken.name).write_text("precious")
+        changed = next(p for p in marked if p.stem == "1")
+        changed.write_bytes(changed.read_bytes() + b"more")
+        (self.work / "large.png").unlink()
+        done = self.mark("--move", target, "--yes")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"changed since the scan", done.stderr)
+        self.assertIn(b"no other file of its group would stay", done.stderr)
+        self.assertIn(b"1 file could not be moved", done.stderr)
+        self.assertTrue(all(path.exists() for path in marked))
+        self.assertEqual([p.name for p in target.iterdir()], [taken.name])
+        self.assertEqual((target / taken.name).read_text(), "precious")
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -1,7 +1,9 @@
 #include "cli/arguments.h"
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 
 #include "core/defaults.h"
@@ -96,6 +98,24 @@ bool CheckWords(const Arguments& arguments, std::string* error) {
   if (!arguments.saveFile.empty() && !scans) *error = "--save goes with scan and resume";
   if (!arguments.saveFile.empty() && !arguments.saveFile.ends_with(kResultsExtension))
     *error = Quoted("--save takes a name that ends in .quillmarsh, not ", arguments.saveFile);
+  if (arguments.analyse && arguments.command != Command::kScan) *error = "--analyse goes with scan";
+  if (!arguments.exportFile.empty()) {
+    if (!scans) *error = "--export goes with scan and resume";
+    const std::string extension = std::filesystem::path(arguments.exportFile).extension().string();
+    if (extension != ".csv" && extension != ".html" && extension != ".m3u")
+      *error = Quoted("--export takes a name that ends in .csv, .html or .m3u, not ",
+                      arguments.exportFile);
+    else if (extension == ".m3u" && arguments.analyse)
+      *error = "a .m3u list is made of duplicates: --analyse exports to .csv and .html";
+  }
+  if (arguments.command != Command::kMark) {
+    if (arguments.trash || !arguments.moveFolder.empty() || arguments.yes)
+      *error = "--trash, --move and --yes go with mark";
+  } else if (arguments.trash && !arguments.moveFolder.empty()) {
+    *error = "mark takes --trash or --move, not both";
+  } else if (arguments.yes && !arguments.trash && arguments.moveFolder.empty()) {
+    *error = "--yes goes with --trash or --move";
+  }
   switch (arguments.command) {
     case Command::kScan:
       if (arguments.folders.empty()) *error = "scan needs a folder";
@@ -105,6 +125,9 @@ bool CheckWords(const Arguments& arguments, std::string* error) {
       break;
     case Command::kShow:
       if (words.size() != 1) *error = "show needs one results file";
+      break;
+    case Command::kMark:
+      if (words.size() != 1) *error = "mark needs one results file";
       break;
     case Command::kProbe:
       if (words.empty()) *error = "probe needs a file";
@@ -147,9 +170,11 @@ bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
         continue;
       }
       static const std::pair<const char*, Command> kCommands[] = {
-          {"scan", Command::kScan},   {"resume", Command::kResume},  {"show", Command::kShow},
-          {"probe", Command::kProbe}, {"cache", Command::kCache},    {"ignore", Command::kIgnore},
-          {"help", Command::kHelp},   {"version", Command::kVersion}};
+          {"scan", Command::kScan},      {"resume", Command::kResume},
+          {"show", Command::kShow},      {"mark", Command::kMark},
+          {"probe", Command::kProbe},    {"cache", Command::kCache},
+          {"ignore", Command::kIgnore},  {"help", Command::kHelp},
+          {"version", Command::kVersion}};
       for (const auto& [name, command] : kCommands) {
         if (word != name) continue;
         arguments->command = command;
@@ -171,12 +196,21 @@ bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
       arguments->command = Command::kVersion;
       return true;
     }
-    if (word == "--json") {
-      arguments->json = true;
+    static const std::pair<const char*, bool Arguments::*> kSwitches[] = {
+        {"--json", &Arguments::json},
+        {"--analyse", &Arguments::analyse},
+        {"--trash", &Arguments::trash},
+        {"--yes", &Arguments::yes}};
+    const auto* const flag = std::find_if(std::begin(kSwitches), std::end(kSwitches),
+                                          [&](const auto& entry) { return word == entry.first; });
+    if (flag != std::end(kSwitches)) {
+      arguments->*flag->second = true;
       continue;
     }
-    if (word != "--data-dir" && word != "--set" && word != "--threads" && word != "--group" &&
-        word != "--save") {
+    static constexpr const char* kOptions[] = {"--data-dir", "--set",  "--threads", "--group",
+                                               "--save",     "--move", "--export"};
+    if (std::none_of(std::begin(kOptions), std::end(kOptions),
+                     [&](const char* option) { return word == option; })) {
       *error = Quoted("there is no option ", word);
       return false;
     }
@@ -193,6 +227,14 @@ bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
       arguments->dataDir = AbsolutePath(value);
     } else if (word == "--save") {
       arguments->saveFile = AbsolutePath(value);
+    } else if (word == "--export") {
+      arguments->exportFile = AbsolutePath(value);
+    } else if (word == "--move") {
+      if (value.empty()) {
+        *error = "--move needs a folder";
+        return false;
+      }
+      arguments->moveFolder = AbsolutePath(value);
     } else if (word == "--set") {
       if (!ParseSetting(value, arguments, error)) return false;
     } else if (word == "--threads") {
@@ -217,19 +259,27 @@ bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
 }
 
 const char* UsageText() {
-  return R"(Finds duplicate and near-duplicate audio and image files in the folders you choose.
+  return R"(Finds duplicate and near-duplicate audio and image files in the folders you choose, and rates the
+quality of audio files.
 
 quillmarsh-cli [--data-dir DIR] [--set KEY=VALUE]... [--threads N] COMMAND
 
 Commands
-  scan [--group N] FOLDER... [--json] [--save FILE.quillmarsh]
+  scan [--group N] FOLDER... [--json] [--export FILE] [--save FILE.quillmarsh]
                       compare all files below the folders and print the pairs that are alike;
                       files of one group (1 to 4) are not compared with each other, and --group
                       holds for the folders behind it
-  resume [--json] [--save FILE.quillmarsh]
+  scan --analyse FOLDER... [--json] [--export FILE] [--save FILE.quillmarsh]
+                      rate every audio file below the folders by its measured quality
+  resume [--json] [--export FILE] [--save FILE.quillmarsh]
                       go on with what an interrupted scan left
   show FILE.quillmarsh [--json]
                       print a results file
+  mark FILE.quillmarsh [--trash | --move DIR] [--yes]
+                      list the worse file of each pair, one a line, by your automark settings; the
+                      ratings count when the file holds an analysis of the same folders. --trash
+                      and --move act on these files, after a question that --yes answers, and
+                      take them out of the results file
   probe FILE...       what the decoder says of each file: format, duration, bitrate, tags,
                       size in pixels
   cache stats         how much is known from earlier scans
@@ -243,7 +293,11 @@ Options
   --set KEY=VALUE     change a setting for this run, as in --set valueAudioTags=0.9
   --threads N         number of threads; 0 is one per processor
   --json              print one JSON object in place of a table
-  --save FILE         keep the results in a file for `show`
+  --export FILE       write the pairs, or the ratings, to FILE.csv or FILE.html; FILE.m3u is a
+                      list of the sound files that have duplicates. Pairs of pictures go to
+                      FILE-images.csv when there are pairs of sound files too
+  --save FILE         keep the results in a file for `show` and `mark`: these and those of the
+                      last scan of the other kind, so that pairs and ratings come together
   --help, --version
 
 Exit status: 0 done, 1 failed with a message, 2 wrong usage, 130 interrupted.

@@ -10,7 +10,7 @@
 
 namespace quill::cli {
 
-enum class Command { kHelp, kVersion, kScan, kResume, kShow, kProbe, kCache, kIgnore };
+enum class Command { kHelp, kVersion, kScan, kResume, kShow, kMark, kProbe, kCache, kIgnore };
 
 struct Arguments {
   Command command = Command::kHelp;
@@ -18,8 +18,13 @@ struct Arguments {
   std::vector<std::pair<std::string, std::string>> settings;  // for this run only
   uint32_t threads = 0;                                       // 0: as the settings say
   bool json = false;
+  bool analyse = false;                    // scan: rate the files in place of comparing them
+  std::string exportFile;                  // scan, resume: text file to write; empty for none
   std::string saveFile;                    // scan, resume: results file to write; empty for none
   std::vector<TDXSelectedFolder> folders;  // scan
+  bool trash = false;                      // mark
+  std::string moveFolder;                  // mark; empty for none
+  bool yes = false;                        // mark: the question is answered
   std::vector<std::string> words;          // the other commands' own words
 };
 

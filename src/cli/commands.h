@@ -14,6 +14,7 @@ inline constexpr int kExitInterrupted = 130;
 // Both scan and resume.
 [[nodiscard]] int RunScan(const Arguments& arguments);
 [[nodiscard]] int RunShow(const Arguments& arguments);
+[[nodiscard]] int RunMark(const Arguments& arguments);
 [[nodiscard]] int RunProbe(const Arguments& arguments);
 [[nodiscard]] int RunCache(const Arguments& arguments);
 [[nodiscard]] int RunIgnore(const Arguments& arguments);
@@ -23,6 +24,9 @@ inline constexpr int kExitInterrupted = 130;
 
 // False after a message when the decoder program is not where it belongs.
 [[nodiscard]] bool CheckDecoder();
+
+// "1 file", "2 files".
+[[nodiscard]] std::string Count(size_t number, const char* one, const char* many);
 
 // Writes to standard output; false after a message when it cannot be written.
 [[nodiscard]] bool Print(const std::string& text);

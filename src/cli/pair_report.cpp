@@ -105,10 +105,11 @@ std::string PairTable(const PairLists& pairs) {
   return out;
 }
 
-std::string PairJson(const PairLists& pairs, int32_t scheduled, int32_t processed) {
+std::string ResultsJson(const PairLists& pairs, const std::string& analysis, int32_t scheduled,
+                        int32_t processed) {
   return "{\"audio\":" + JsonList(kAudioColumns, pairs.audio) +
-         ",\n\"images\":" + JsonList(kImageColumns, pairs.images) +
-         ",\n\"analysis\":[],\n\"stats\":{\"scheduled\":" + std::to_string(scheduled) +
+         ",\n\"images\":" + JsonList(kImageColumns, pairs.images) + ",\n\"analysis\":" + analysis +
+         ",\n\"stats\":{\"scheduled\":" + std::to_string(scheduled) +
          ",\"processed\":" + std::to_string(processed) + "}}\n";
 }
 

@@ -29,6 +29,8 @@ struct PairLists {
 
 // A heading a group, then two lines a pair; "-" for a score that was not computed.
 [[nodiscard]] std::string PairTable(const PairLists& pairs);
-[[nodiscard]] std::string PairJson(const PairLists& pairs, int32_t scheduled, int32_t processed);
+// The whole object: pairs, the list of analysis_report.h, and the counts of the scan.
+[[nodiscard]] std::string ResultsJson(const PairLists& pairs, const std::string& analysis,
+                                      int32_t scheduled, int32_t processed);
 
 }  // namespace quill::cli

@@ -15,6 +15,10 @@ bool Print(const std::string& text) {
   return false;
 }
 
+std::string Count(size_t number, const char* one, const char* many) {
+  return std::to_string(number) + " " + (number == 1 ? one : many);
+}
+
 int Run(const std::vector<std::string>& words) {
   Arguments arguments;
   std::string error;
@@ -28,6 +32,8 @@ int Run(const std::vector<std::string>& words) {
       return RunScan(arguments);
     case Command::kShow:
       return RunShow(arguments);
+    case Command::kMark:
+      return RunMark(arguments);
     case Command::kProbe:
       return RunProbe(arguments);
     case Command::kCache:

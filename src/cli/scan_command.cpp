@@ -6,7 +6,9 @@
 
 #include "app/app_delegate.h"
 #include "app/data_files.h"
+#include "cli/analysis_report.h"
 #include "cli/commands.h"
+#include "cli/export_files.h"
 #include "cli/pair_report.h"
 #include "cli/safe_text.h"
 #include "cli/session.h"
@@ -53,8 +55,50 @@ bool MayWriteResults(const std::string& path) {
   return false;
 }
 
-std::string Count(size_t number, const char* one, const char* many) {
-  return std::to_string(number) + " " + (number == 1 ? one : many);
+// As in the window, a scan clears the tables of its own kind and keeps those of the other, so that
+// pairs and ratings of the same folders come together in one results file.
+void KeepOtherResults(TDXAppDelegate& delegate) {
+  const std::string path = CSession::DataFile(kAutosaveFile);
+  CResultsJournal journal(nullptr, nullptr, nullptr);
+  std::error_code fault;
+  if (std::filesystem::exists(path, fault) && journal.OpenForReading(path) && journal.Load())
+    (void)delegate.LoadData(path);
+}
+
+struct Outcome {
+  std::string text;      // for standard output
+  std::string sentence;  // for people, behind it
+};
+
+// What the scan was for, or all that there is when it went on with an earlier one.
+Outcome Report(const Arguments& arguments, TDXAppDelegate& delegate) {
+  const bool resumed = arguments.command == Command::kResume;
+  const bool pairsWanted = resumed || !arguments.analyse;
+  const bool ratingsWanted = resumed || arguments.analyse;
+  const int32_t scheduled = delegate.Counters().scheduled;
+  const int32_t processed = delegate.Counters().processed;
+  const PairLists pairs =
+      pairsWanted ? ListPairs(delegate.AudioDups(), delegate.ImageDups()) : PairLists{};
+  Outcome outcome;
+  if (arguments.json) {
+    outcome.text =
+        ResultsJson(pairs, ratingsWanted ? AnalysisJson(delegate.AudioAnalysis()) : kNoAnalysisJson,
+                    scheduled, processed);
+    return outcome;
+  }
+  const size_t rated = delegate.AudioAnalysis().RowCount();
+  outcome.text = PairTable(pairs);
+  if (ratingsWanted && rated != 0) {
+    if (!outcome.text.empty()) outcome.text += '\n';
+    outcome.text += AnalysisTable(delegate.AudioAnalysis());
+  }
+  if (pairsWanted) outcome.sentence = Count(pairs.Count(), "pair", "pairs");
+  if (ratingsWanted && (!resumed || rated != 0)) {
+    if (!outcome.sentence.empty()) outcome.sentence += " and ";
+    outcome.sentence += Count(rated, "rated file", "rated files");
+  }
+  outcome.sentence += " among " + Count(static_cast<size_t>(processed), "file", "files") + ".";
+  return outcome;
 }
 
 }  // namespace
@@ -81,8 +125,10 @@ int RunScan(const Arguments& arguments) {
              "; this scan goes on, but nothing is kept for the next one");
   }
   frontEnd.m_tick = [&] { delegate.TimerUpdate(); };
-  frontEnd.m_pairCount = [&] {
-    return delegate.AudioDups().PairCount() + delegate.ImageDups().PairCount();
+  frontEnd.m_found = [&]() -> std::string {
+    if (arguments.analyse) return {};
+    const size_t pairs = delegate.AudioDups().PairCount() + delegate.ImageDups().PairCount();
+    return Count(pairs, "pair", "pairs");
   };
   delegate.AwakeFromNib();
 
@@ -91,7 +137,10 @@ int RunScan(const Arguments& arguments) {
     interrupted = true;
     QCoreApplication::exit(0);
   });
-  if (arguments.command == Command::kScan) delegate.StartScan();
+  if (arguments.command == Command::kScan) {
+    KeepOtherResults(delegate);
+    delegate.StartScan();
+  }
   delegate.RestoreAutosave();
   if (!delegate.IsIdle()) QCoreApplication::exec();
   frontEnd.ClearProgressLine();
@@ -99,22 +148,19 @@ int RunScan(const Arguments& arguments) {
                      (MayWriteResults(arguments.saveFile) && delegate.SaveData(arguments.saveFile));
   delegate.ApplicationWillTerminate();
 
-  const int32_t scheduled = delegate.Counters().scheduled;
-  const int32_t processed = delegate.Counters().processed;
   if (interrupted) {
-    Complain("interrupted after " + Count(static_cast<size_t>(processed), "file", "files") +
+    const auto processed = static_cast<size_t>(delegate.Counters().processed.load());
+    Complain("interrupted after " + Count(processed, "file", "files") +
              "; \"quillmarsh-cli resume\" goes on from there");
     return kExitInterrupted;
   }
-  const PairLists pairs = ListPairs(delegate.AudioDups(), delegate.ImageDups());
-  if (!Print(arguments.json ? PairJson(pairs, scheduled, processed) : PairTable(pairs)))
-    return kExitFailed;
-  if (!arguments.json) {
-    std::fprintf(stderr, "%s%s among %s.\n", pairs.Count() == 0 ? "" : "\n",
-                 Count(pairs.Count(), "pair", "pairs").c_str(),
-                 Count(static_cast<size_t>(processed), "file", "files").c_str());
-  }
-  return saved ? kExitDone : kExitFailed;
+  const Outcome outcome = Report(arguments, delegate);
+  const bool printed = Print(outcome.text);
+  const bool exported = arguments.exportFile.empty() || ExportResults(arguments, delegate);
+  if (!printed) return kExitFailed;
+  if (!arguments.json)
+    std::fprintf(stderr, "%s%s\n", outcome.text.empty() ? "" : "\n", outcome.sentence.c_str());
+  return saved && exported ? kExitDone : kExitFailed;
 }
 
 }  // namespace quill::cli

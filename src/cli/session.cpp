@@ -18,6 +18,7 @@ namespace {
 // Settings that a run of the command line fixes for itself: the window's last mode must not decide
 // what `scan` does.
 constexpr int32_t kDuplicatesMode = 1;
+constexpr int32_t kAnalysisMode = 2;
 
 }  // namespace
 
@@ -53,7 +54,7 @@ bool CSession::Open(const Arguments& arguments) {
   CLog::Instance().SetFolder(configuration.LogsPath());
   m_file = std::make_unique<CIniSettingsStore>(folders.settings);
   m_settings = std::make_unique<COverrideStore>(*m_file);
-  m_settings->Override("scanningMode", kDuplicatesMode);
+  m_settings->Override("scanningMode", arguments.analyse ? kAnalysisMode : kDuplicatesMode);
   for (const auto& [key, value] : arguments.settings) m_settings->Override(key, value);
   if (arguments.threads != 0) {
     m_settings->Override("enableThreadLimit", true);

@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "app/data_files.h"
+#include "audio/analysis_store.h"
 #include "audio/audio_store.h"
 #include "cli/commands.h"
 #include "cli/safe_text.h"
@@ -19,8 +20,10 @@ int RunCache(const Arguments& arguments) {
   CScanCounters counters;
   CAudioStore audio(cache, counters);
   CImageStore images(cache, counters);
+  CAnalysisStore analyses(cache);
   cache.SetClient(CacheRecordType::kAudio, &audio);
   cache.SetClient(CacheRecordType::kImage, &images);
+  cache.SetClient(CacheRecordType::kAnalysis, &analyses);
   const std::string path = CSession::DataFile(kCacheFile);
   if (!cache.Load(path)) {
     Complain("cannot open " + TerminalText(path));

@@ -44,9 +44,9 @@ void CTerminalFrontEnd::ShowThreads(ScanButton button) {
 
 void CTerminalFrontEnd::ShowProgress(const ProgressDisplay& progress) {
   if (!m_terminal) return;
-  const uint32_t pairs = m_pairCount ? m_pairCount() : 0;
+  const std::string found = m_found ? m_found() : std::string();
   std::string line = std::to_string(progress.processed) + "/" + std::to_string(progress.scheduled) +
-                     " files, " + std::to_string(pairs) + (pairs == 1 ? " pair" : " pairs");
+                     " files" + (found.empty() ? "" : ", " + found);
   if (!progress.text.empty()) line += ", " + progress.text;
   const size_t width = TerminalWidth();
   if (line.size() >= width) line.resize(width - 1);

@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QTimer>
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "app/front_end.h"
@@ -17,8 +18,8 @@ class CTerminalFrontEnd : public CFrontEnd {
 
   // What the timer calls; set before a scan starts.
   std::function<void()> m_tick;
-  // Number of pairs found so far, for the progress line.
-  std::function<uint32_t()> m_pairCount;
+  // What has been found so far, for the progress line; may be empty.
+  std::function<std::string()> m_found;
 
   // Takes the progress line off the terminal, before other output.
   void ClearProgressLine();

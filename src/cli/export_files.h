@@ -1,0 +1,14 @@
+// The --export of a scan: text files of what it found.
+#pragma once
+
+#include "app/app_delegate.h"
+#include "cli/arguments.h"
+
+namespace quill::cli {
+
+// Ratings of an analysis, else the pairs of sound files; pairs of pictures stand in their place
+// when there are only those, and in a second file beside it when there are both. False after a
+// message to the user.
+[[nodiscard]] bool ExportResults(const Arguments& arguments, TDXAppDelegate& delegate);
+
+}  // namespace quill::cli
