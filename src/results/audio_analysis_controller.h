@@ -11,6 +11,7 @@
 #include <list>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "audio/analysis_sink.h"
@@ -44,7 +45,7 @@ class CAudioAnalysisController : public CAnalysisSink,
 
   // The duplicates model of the same window: told of every removal of files; may be null. Not
   // owned.
-  CPartnerTable* m_controller = nullptr;
+  CRemovalFollower* m_controller = nullptr;
   // Called with no lock held each time the pending list stops being empty; set before any worker
   // runs. It is to have ProcessNewData called on the main thread.
   std::function<void()> m_callback;
@@ -103,14 +104,36 @@ class CAudioAnalysisController : public CAnalysisSink,
       return Compare(key.base->path, item);
     }
   };
+  struct RowKey;
+
+  [[nodiscard]] RowKey KeyOf(const ItemData& item) const;
+  [[nodiscard]] bool Before(const RowKey& a, const RowKey& b) const;
+  // All rows anew, in the present order.
+  void SortRows();
+  [[nodiscard]] bool IsRow(int32_t row) const {
+    return row >= 0 && static_cast<size_t>(row) < m_viewData.size();
+  }
+  [[nodiscard]] Rows MarkedRows() const;
+  // The description that the record tells of; null after a report when memory is short.
+  [[nodiscard]] CRef<const AnalysisInfo> InfoOf(const AnalysisItemRecord& record) const;
+  // Null after a report when memory is short.
+  ItemData* InsertJournaled(const CRef<const AnalysisInfo>& info);
+  [[nodiscard]] bool ChangeJournaled(ItemData* item, std::string_view newPath,
+                                     std::string_view artist, std::string_view album,
+                                     std::string_view title);
+  // Journals the removal of these items, takes them out of the tree and closes the gaps in the
+  // rows. The last row goes first.
+  void RemoveItems(const std::unordered_set<const ItemData*>& items);
+  [[nodiscard]] std::unordered_set<const ItemData*> ItemsOf(
+      const std::vector<std::string>& paths) const;
 
   const CAnalysisStore& m_store;
   CIgnoreList& m_ignores;
   SortState m_sort;
   CRobustTree<ItemData, FIndexItem> m_items;
-  std::vector<ItemData*> m_viewData;
+  std::vector<ItemData*> m_viewData;  // the rows, in table order
   CSync m_sync;
-  std::list<ItemData> m_itemsNew GUARDED_BY(m_sync);
+  std::list<ItemData> m_itemsNew GUARDED_BY(m_sync);  // from workers, not yet in the tree
 };
 
 }  // namespace quill

@@ -78,6 +78,10 @@ bool CAudioDupsController::LockedAdd(const CRef<const ItemBase>& first, uint8_t 
   return Append({first, second, firstGroup, secondGroup, {tags, content, precise}});
 }
 
+void CAudioDupsController::RemovePaths(const std::vector<std::string>& paths) {
+  RemoveFiles(paths);
+}
+
 bool CAudioDupsController::BulkAdd(const AudioItemRecord& item) {
   if (FindItem(item.path)) return true;
   CRef<const ItemBase> base =

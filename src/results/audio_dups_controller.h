@@ -34,6 +34,7 @@ struct AudioDupsTraits {
 
 class CAudioDupsController : public CDupsModel<AudioDupsTraits>,
                              public CAudioPairSink,
+                             public CRemovalFollower,
                              public CAudioResultsTable {
  public:
   // Both must outlive the controller.
@@ -48,6 +49,9 @@ class CAudioDupsController : public CDupsModel<AudioDupsTraits>,
   bool LockedAdd(const CRef<const ItemBase>& first, uint8_t firstGroup,
                  const CRef<const ItemBase>& second, uint8_t secondGroup, float tags, float content,
                  float precise) override;
+
+  // CRemovalFollower: the files that the analysis table's user has removed.
+  void RemovePaths(const std::vector<std::string>& paths) override;
 
   // CAudioResultsTable. A path that is present already is no failure.
   bool BulkAdd(const AudioItemRecord& item) override;

@@ -169,13 +169,18 @@ bool CDupsModel<Traits>::ActOnFiles(const CUniqueList<ItemData>& items,
   for (const ItemData* item : items) paths.push_back(item->base->path);
   if (paths.empty() || !callback(&paths)) return false;
   // The callback may have asked the user, and the table may have changed meanwhile.
+  RemoveFiles(paths);
+  FilesRemoved(paths);
+  return true;
+}
+
+template <class Traits>
+void CDupsModel<Traits>::RemoveFiles(const std::vector<std::string>& paths) {
   CUniqueList<ItemData> present;
   for (const std::string& path : paths) {
     if (ItemData* item = FindItem(path)) present.Add(item);
   }
   RemoveSets(present, {});
-  FilesRemoved(paths);
-  return true;
 }
 
 template <class Traits>

@@ -244,6 +244,9 @@ class CDupsModel {
   // Rebuild if the table is sorted by one of these columns.
   void RebuildIfSortedBy(std::initializer_list<FieldId> columns);
 
+  // Takes the files that are there out of the model.
+  void RemoveFiles(const std::vector<std::string>& paths);
+
   // The files that rows show and the marked ones, in row order.
   [[nodiscard]] CUniqueList<ItemData> FilesOf(const Rows& rows) const;
   [[nodiscard]] CUniqueList<ItemData> MarkedFiles() const;

@@ -10,7 +10,7 @@
 
 namespace quill {
 
-// "0.54 KB" below 100000 bytes, then "0.10 MB", from 100000000 on "0.10 GB": thousands, 2 decimals.
+// "0.54 KB" below 100000 bytes, "0.10 MB" from there on, "0.10 GB" from 100000000 on.
 [[nodiscard]] std::string SizeText(uint64_t bytes);
 // "n/a" for 0, then bare bits, "128.00 Kbit" from 1000 on, "2.00 Mbit" from 2000000 on.
 [[nodiscard]] std::string BitrateText(uint32_t bitsPerSecond);
@@ -23,8 +23,8 @@ namespace quill {
 [[nodiscard]] std::string CountText(float value);
 // Fixed, 6 decimals: absmean and absmax.
 [[nodiscard]] std::string LevelText(float value);
-// As LevelText, with a rough depth behind it: "0.000031 (16 bit)"; in scientific notation and with
-// nothing behind it below 0.000001.
+// As LevelText, with a rough depth behind it: "0.000031 (16 bit)"; below 0.000001 in scientific
+// notation and with nothing behind it.
 [[nodiscard]] std::string MinStepText(float value);
 // "19 876"
 [[nodiscard]] std::string FrequencyText(float hertz);

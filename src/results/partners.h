@@ -20,11 +20,17 @@ class CAnalysisRequests {
 // shortens the list to the files that it dealt with. It may let the main queue run meanwhile.
 using FilesCallback = std::function<bool(std::vector<std::string>* paths)>;
 
-// A second table over the same files, which follows what this one does to them.
-class CPartnerTable {
+// A second table over the same files, which forgets those that are gone.
+class CRemovalFollower {
  public:
-  virtual ~CPartnerTable() = default;
+  virtual ~CRemovalFollower() = default;
+  // Unknown paths are passed over. It does not tell the table that calls.
   virtual void RemovePaths(const std::vector<std::string>& paths) = 0;
+};
+
+// One that follows everything that this one does to files.
+class CPartnerTable : public CRemovalFollower {
+ public:
   virtual void ChangePath(std::string_view oldPath, std::string_view newPath,
                           std::string_view artist, std::string_view album,
                           std::string_view title) = 0;

@@ -1,0 +1,80 @@
+#include "results/field_text.h"
+
+#include <gtest/gtest.h>
+
+namespace quill {
+namespace {
+
+TEST(FieldText, ByTable) {
+  const std::pair<std::string, std::string> cases[] = {
+      {SizeText(0), "0.00 KB"},
+      {SizeText(99999), "100.00 KB"},
+      {SizeText(100000), "0.10 MB"},
+      {SizeText(99999999), "100.00 MB"},
+      {SizeText(100000000), "0.10 GB"},
+      {SizeText(7654321098765), "7654.32 GB"},
+      {BitrateText(0), "n/a"},
+      {BitrateText(999), "999"},
+      {BitrateText(128000), "128.00 Kbit"},
+      {BitrateText(1999994), "1999.99 Kbit"},
+      {BitrateText(2000000), "2.00 Mbit"},
+      {DurationText(0), "0.000"},
+      {DurationText(999), "0.999"},
+      {DurationText(1000), "0:01"},
+      {DurationText(187400), "3:07"},
+      {DurationText(3600000 * 3), "180:00"},
+      {GroupedText(0), ""},
+      {GroupedText(999), "999"},
+      {GroupedText(44100), "44 100"},
+      {GroupedText(4294967295U), "4 294 967 295"},
+      {ChannelsText(2), "Stereo"},
+      {ChannelsText(1), "Mono"},
+      {CountText(0), "0"},
+      {CountText(25), "25"},
+      {CountText(1234567), "1.23457e+06"},
+      {LevelText(0.15F), "0.150000"},
+      {MinStepText(1), "1.000000 (1 bit)"},
+      {MinStepText(1.0F / 128), "0.007812 (8 bit)"},
+      {MinStepText(1.0F / 32768), "0.000031 (16 bit)"},
+      {MinStepText(1.0F / 8388608), "1.192093e-07"},
+      {MinStepText(0), "0.000000e+00"},
+      {FrequencyText(19876.5F), "19 876"},
+      {FrequencyText(0.5F), ""},
+  };
+  for (const auto& [text, expected] : cases) EXPECT_EQ(text, expected);
+}
+
+TEST(FieldText, ValuesTurnBadAtTheirLimits) {
+  AnalysisInfo good;
+  good.bitrate = 64001;
+  good.sampleRate = 22051;
+  good.channels = 2;
+  good.clipping = 99;
+  good.absMean = 0.09F;
+  good.minStep = 0.00004F;
+  good.absMax = 0.26F;
+  good.maxFreq = 12001;
+  good.clicks = 99;
+  AnalysisInfo bad;
+  bad.bitrate = 64000;
+  bad.sampleRate = 22050;
+  bad.channels = 1;
+  bad.clipping = 100;
+  bad.absMean = 0.1F;
+  bad.minStep = 0.000041F;
+  bad.absMax = 0.25F;
+  bad.maxFreq = 12000;
+  bad.clicks = 100;
+  for (const FieldId column : {FieldId::kBitrate, FieldId::kSampleRate, FieldId::kChannels,
+                               FieldId::kClipping, FieldId::kAbsMean, FieldId::kMinStep,
+                               FieldId::kAbsMax, FieldId::kMaxFreq, FieldId::kClicks}) {
+    EXPECT_FALSE(IsBadValue(column, good)) << FieldIdentifier(column);
+    EXPECT_TRUE(IsBadValue(column, bad)) << FieldIdentifier(column);
+    EXPECT_EQ(AnalysisText(column, nullptr), "-");
+  }
+  EXPECT_FALSE(IsBadValue(FieldId::kSilence, bad));
+  EXPECT_EQ(AnalysisText(FieldId::kRating, nullptr), "");
+}
+
+}  // namespace
+}  // namespace quill
