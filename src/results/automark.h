@@ -4,6 +4,8 @@
 // first. Audio and images differ in their criteria, keys and scores only. Main thread.
 #pragma once
 
+#include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,59 +34,97 @@ struct AutomarkThreshold {
                          // score it differs from the window's
 };
 
-// Loading of the lists, for windows. With `defaultsOnly` the settings are not read. They report
-// under their names and return false for a null `out`.
-class CAudioAutomark {
+// What the user has set for one score.
+struct AutomarkThresholdState {
+  bool enabled = true;
+  float value = 0;
+};
+
+// What the audio and the image form share. The window for the lists works on this face.
+class CAutomark {
  public:
-  // Criteria and thresholds in their default order; thresholds by AudioDupsTraits::Score.
-  [[nodiscard]] static const std::vector<AutomarkCriterion>& Criteria();
-  [[nodiscard]] static const std::vector<AutomarkThreshold>& Thresholds();
+  virtual ~CAutomark() = default;
 
-  // `analysis` gives the ratings; may be null, and then the criterion tells nothing.
-  CAudioAutomark(CAudioDupsController& table, const CAudioAnalysisController* analysis)
-      : m_table(table), m_analysis(analysis) {}
+  // Criteria and thresholds in their default order, thresholds in the order of the table's scores.
+  [[nodiscard]] virtual std::span<const AutomarkCriterion> Criteria() const = 0;
+  [[nodiscard]] virtual std::span<const AutomarkThreshold> Thresholds() const = 0;
 
+  // The three lists. With `defaultsOnly` the settings are not read. Each reports under its name and
+  // returns false for a null `out`.
   // Each criterion once: those saved, in their order, then the missing ones in default order.
-  [[nodiscard]] static bool LoadPriorities(bool defaultsOnly, std::vector<FieldId>* out);
+  [[nodiscard]] bool LoadPriorities(bool defaultsOnly, std::vector<FieldId>* out) const;
   // Of the files in the table: those saved that still occur, in their order, then the others in
   // ascending order. Folders without the last '/'; extensions in lower case without the point.
   [[nodiscard]] bool LoadFolders(bool defaultsOnly, std::vector<std::string>* out) const;
   [[nodiscard]] bool LoadExtensions(bool defaultsOnly, std::vector<std::string>* out) const;
-  static void SavePriorities(const std::vector<FieldId>& priorities);
-  static void SaveFolders(const std::vector<std::string>& folders);
-  static void SaveExtensions(const std::vector<std::string>& extensions);
+  void SavePriorities(const std::vector<FieldId>& priorities) const;
+  void SaveFolders(const std::vector<std::string>& folders) const;
+  void SaveExtensions(const std::vector<std::string>& extensions) const;
+
+  // As a window shows them.
+  [[nodiscard]] std::vector<AutomarkThresholdState> LoadThresholds() const;
+  // Those of allowed scores only.
+  void SaveThresholds(const std::vector<AutomarkThresholdState>& states,
+                      const std::vector<bool>& allowed) const;
 
   // By score: whether any pair has a positive one, so that a threshold on it makes sense.
-  [[nodiscard]] std::vector<bool> Allowed() const;
-
+  [[nodiscard]] virtual std::vector<bool> Allowed() const = 0;
   // Unmarks every file, then marks the worse file of every pair that passes. A score that is not
   // allowed takes no part in the threshold. A full tie marks the pair's second member. Nothing
   // keeps all files of a group from being marked.
-  void Mark(const std::vector<bool>& allowed);
+  virtual void Mark(const std::vector<bool>& allowed) = 0;
+
+ protected:
+  struct Keys {
+    const char* priorities;
+    const char* folders;
+    const char* extensions;
+  };
+  explicit CAutomark(const Keys& keys) : m_keys(keys) {}
+
+  // Calls visit(path) for each file of the table.
+  virtual void VisitPaths(const std::function<void(std::string_view)>& visit) const = 0;
+  // The thresholds of a run, by score; a value of -infinity lets every pair pass.
+  [[nodiscard]] std::vector<float> LeastScores(const std::vector<bool>& allowed) const;
+
+  const Keys m_keys;
 
  private:
+  [[nodiscard]] bool LoadTexts(const char* name, const char* key, bool defaultsOnly,
+                               std::string (*part)(std::string_view),
+                               std::vector<std::string>* out) const;
+};
+
+class CAudioAutomark : public CAutomark {
+ public:
+  // `analysis` gives the ratings; may be null, and then that criterion tells nothing. Both must
+  // outlive the object.
+  CAudioAutomark(CAudioDupsController& table, const CAudioAnalysisController* analysis);
+
+  [[nodiscard]] std::span<const AutomarkCriterion> Criteria() const override;
+  [[nodiscard]] std::span<const AutomarkThreshold> Thresholds() const override;
+  [[nodiscard]] std::vector<bool> Allowed() const override;
+  void Mark(const std::vector<bool>& allowed) override;
+
+ private:
+  void VisitPaths(const std::function<void(std::string_view)>& visit) const override;
+
   CAudioDupsController& m_table;
   const CAudioAnalysisController* m_analysis;
 };
 
-class CImageAutomark {
+class CImageAutomark : public CAutomark {
  public:
-  [[nodiscard]] static const std::vector<AutomarkCriterion>& Criteria();
-  [[nodiscard]] static const std::vector<AutomarkThreshold>& Thresholds();
+  explicit CImageAutomark(CImageDupsController& table);
 
-  explicit CImageAutomark(CImageDupsController& table) : m_table(table) {}
-
-  // As above.
-  [[nodiscard]] static bool LoadPriorities(bool defaultsOnly, std::vector<FieldId>* out);
-  [[nodiscard]] bool LoadFolders(bool defaultsOnly, std::vector<std::string>* out) const;
-  [[nodiscard]] bool LoadExtensions(bool defaultsOnly, std::vector<std::string>* out) const;
-  static void SavePriorities(const std::vector<FieldId>& priorities);
-  static void SaveFolders(const std::vector<std::string>& folders);
-  static void SaveExtensions(const std::vector<std::string>& extensions);
-  [[nodiscard]] std::vector<bool> Allowed() const;
-  void Mark(const std::vector<bool>& allowed);
+  [[nodiscard]] std::span<const AutomarkCriterion> Criteria() const override;
+  [[nodiscard]] std::span<const AutomarkThreshold> Thresholds() const override;
+  [[nodiscard]] std::vector<bool> Allowed() const override;
+  void Mark(const std::vector<bool>& allowed) override;
 
  private:
+  void VisitPaths(const std::function<void(std::string_view)>& visit) const override;
+
   CImageDupsController& m_table;
 };
 
