@@ -26,7 +26,8 @@ class CRealFFT {
   size_t m_size = 0;
   CFloatVector m_window;    // N
   CFloatVector m_block;     // N: windowed samples, then magnitudes
-  CFloatVector m_spectrum;  // N + 2: packed complex values
+  CFloatVector m_spectrum;  // N: the transform of the samples taken in pairs as complex values
+  CFloatVector m_turns;     // that lead from there to the real transform
 };
 
 }  // namespace quill
