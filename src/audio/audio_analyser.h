@@ -24,6 +24,10 @@ class CAudioAnalyser {
   [[nodiscard]] bool Process(const std::string& path);
 
  private:
+  // Reads the open file to its end; measurements, format and length go into `info`. `isLost` tells
+  // that the link is gone.
+  [[nodiscard]] bool Measure(AnalysisInfo* info, bool* isLost);
+
   CAudioDecoder& m_decoder;
   CAnalysisStore& m_store;
   const CIgnoreList& m_ignores;

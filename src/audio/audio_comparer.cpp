@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
-#include <string_view>
 
 #include "audio/likeness.h"
+#include "audio/text_field.h"
 #include "core/system_error.h"
 #include "signal/correlation.h"
 
@@ -18,18 +17,6 @@ constexpr size_t kSpectrumSize = 2048;
 constexpr uint32_t kAnyPrint =
     CAudioComparer::kSpectrum | CAudioComparer::kBark | CAudioComparer::kCorrelogram;
 constexpr uint32_t kDecoded = CAudioComparer::kInfo | kAnyPrint;
-
-std::string_view Trim(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\n\r";
-  const size_t begin = text.find_first_not_of(kBlanks);
-  if (begin == text.npos) return {};
-  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
-
-template <size_t N>
-std::string_view Field(const char (&field)[N]) {
-  return Trim({field, strnlen(field, N)});
-}
 
 // What of `request` a fresh entry still lacks. The kinds of print exclude each other by the length
 // of the sound, so one of them also answers for those that the file can never have.
@@ -140,9 +127,9 @@ bool CAudioComparer::MakeItem(const std::string& path, const FileInfo* known,
   item->size = file.size;
   item->modified = file.modified;
   if (info) {
-    item->title = Field(info->title);
-    item->artist = Field(info->artist);
-    item->album = Field(info->album);
+    item->title = TextField(info->title);
+    item->artist = TextField(info->artist);
+    item->album = TextField(info->album);
     item->durationMs = info->durationMs;
     item->bitrate = info->bitrate;
     item->format = static_cast<uint16_t>(info->format);
