@@ -52,17 +52,24 @@ class CFileOperations {
 
   // Asks first, if the settings say so. True when the files have been handled: those that could not
   // be trashed count as well, and are named in the log and to Finished. A user who stops half-way
-  // shortens the list to the files that were handled.
+  // shortens the list to the files that were handled; with none handled the result is false.
   [[nodiscard]] bool Delete(std::vector<std::string>* paths);
   // To the folder of the settings, or to one that the user chooses; else as Delete.
   [[nodiscard]] bool Move(std::vector<std::string>* paths);
   // The same to a given folder, with no question.
   [[nodiscard]] bool MoveTo(const std::string& folder, std::vector<std::string>* paths);
   // Exchanges the files' names by three renames through a temporary name beside A. False after a
-  // report, with the old names restored as far as the disk lets them.
+  // report and one line to Finished, with the old names restored as far as the disk lets them; the
+  // line says which names could not be.
   [[nodiscard]] bool SwapCallback(const std::string& a, const std::string& b);
 
  private:
+  // Runs `work` for each path while the user lets it; a text that it gives is the file's failure.
+  [[nodiscard]] bool Handle(std::vector<std::string>* paths,
+                            const std::function<std::string(const std::string& path)>& work);
+  // Ends a swap that failed with `error` in the step of that number.
+  bool EndSwap(int32_t step, int error, const std::string& a, const std::string& failure);
+
   CFileService& m_files;
   CFileQuestions& m_questions;
 };

@@ -1,0 +1,313 @@
+#include "results/file_operations.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <map>
+#include <set>
+
+#include "core/configuration.h"
+#include "core/log.h"
+#include "support/temp_folder.h"
+
+namespace quill {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+// A disk in memory that keeps the contract of the real one, fails to order, and remembers its
+// calls.
+class CFakeDisk : public CFileService {
+ public:
+  std::map<std::string, std::string> files;  // content by path
+  std::set<std::string> immutable;
+  std::map<std::string, int> errors;  // by call, as in `calls`
+  Strings calls;
+
+  int Trash(const std::string& path) override {
+    if (const int error = Begin("trash " + path, path)) return error;
+    files.erase(path);
+    return 0;
+  }
+  int Move(const std::string& from, const std::string& to) override {
+    return Transfer("move", from, to);
+  }
+  int Rename(const std::string& from, const std::string& to) override {
+    return Transfer("rename", from, to);
+  }
+  int ClearImmutable(const std::string& path) override {
+    calls.push_back("clear " + path);
+    if (const auto error = errors.find(calls.back()); error != errors.end()) return error->second;
+    return immutable.erase(path) != 0 ? 0 : ENODATA;
+  }
+
+ private:
+  int Begin(const std::string& call, const std::string& path) {
+    errno = ERANGE;  // no caller may rely on it
+    calls.push_back(call);
+    if (const auto error = errors.find(call); error != errors.end()) return error->second;
+    if (!files.contains(path)) return ENOENT;
+    return immutable.contains(path) ? EPERM : 0;
+  }
+  int Transfer(const std::string& name, const std::string& from, const std::string& to) {
+    if (const int error = Begin(name + " " + from + " " + to, from)) return error;
+    if (files.contains(to)) return EEXIST;
+    files[to] = files[from];
+    files.erase(from);
+    return 0;
+  }
+};
+
+class CFakePerson : public CFileQuestions {
+ public:
+  bool yes = true;
+  std::string folder;
+  size_t patience = 1000;  // files until the person stops
+  Strings asked, failures;
+  int choosers = 0, finished = 0;
+
+  bool Confirm(const std::string& title, const std::string& text) override {
+    asked.push_back(title + "|" + text);
+    return yes;
+  }
+  std::string ChooseMoveFolder() override {
+    ++choosers;
+    return folder;
+  }
+  bool Perform(const std::string&, size_t index, size_t,
+               const std::function<void()>& work) override {
+    if (index == patience) return false;
+    work();
+    return true;
+  }
+  void Finished(const Strings& lines) override {
+    ++finished;
+    failures = lines;
+  }
+};
+
+class FileOperations : public testing::Test {
+ protected:
+  FileOperations() {
+    CLog::Instance().SetFolder(m_logs.Path());
+    CConfiguration::Instance().SetStore(&m_settings);
+  }
+  ~FileOperations() override {
+    CConfiguration::Instance().SetStore(nullptr);
+    CLog::Instance().SetFolder({});
+  }
+
+  // The lines since the test's start, without their times.
+  Strings LogLines() {
+    CLog::Instance().SetFolder(m_logs.Path());  // closes the file
+    Strings lines;
+    for (const auto& entry : std::filesystem::directory_iterator(m_logs.Path())) {
+      const std::string text = test::ReadAll(entry.path());
+      for (size_t at = 0; at < text.size(); at = text.find("\r\n", at) + 2)
+        lines.push_back(text.substr(at + 20, text.find("\r\n", at) - at - 20));
+    }
+    return lines;
+  }
+  void NoQuestion() { CConfiguration::Instance().SetBool("enableDeletionConfirmation", false); }
+
+  test::CTempFolder m_logs;
+  CMemorySettingsStore m_settings;
+  CFakeDisk m_disk;
+  CFakePerson m_person;
+  CFileOperations m_operations{m_disk, m_person};
+};
+
+TEST_F(FileOperations, TrashAsksUnlessTheSettingsSayNo) {
+  m_disk.files = {{"/a", "A"}, {"/b", "B"}};
+  Strings one = {"/a"}, both = {"/a", "/b"};
+  m_person.yes = false;
+  EXPECT_FALSE(m_operations.Delete(&one));
+  EXPECT_FALSE(m_operations.Delete(&both));
+  EXPECT_EQ(m_person.asked, (Strings{"Move to trash|Move to trash 1 file(s)?",
+                                     "Move to trash|Move to trash 2 file(s)?"}));
+  EXPECT_TRUE(m_disk.calls.empty());
+  EXPECT_TRUE(LogLines().empty());
+  NoQuestion();
+  EXPECT_TRUE(m_operations.Delete(&both));
+  EXPECT_EQ(m_person.asked.size(), 2U);
+  EXPECT_TRUE(m_disk.files.empty());
+  EXPECT_EQ(LogLines(), (Strings{"Deleted file \"/a\"", "Deleted file \"/b\""}));
+  EXPECT_EQ(m_person.finished, 1);
+  EXPECT_TRUE(m_person.failures.empty());
+}
+
+TEST_F(FileOperations, FilesThatCannotBeTrashedCountAndAreNamed) {
+  NoQuestion();
+  m_disk.files = {{"/locked", ""}, {"/stuck", ""}, {"/owned", ""}};
+  m_disk.immutable = {"/locked", "/stuck", "/owned"};
+  m_disk.errors = {{"trash /stuck", EROFS}, {"clear /owned", EPERM}};
+  Strings paths = {"/locked", "/gone", "/stuck", "/owned"};
+  EXPECT_TRUE(m_operations.Delete(&paths));
+  EXPECT_EQ(paths.size(), 4U);
+  EXPECT_EQ(m_disk.calls, (Strings{"trash /locked", "clear /locked", "trash /locked",  //
+                                   "trash /gone", "clear /gone",                       //
+                                   "trash /stuck", "clear /stuck", "trash /stuck",     //
+                                   "trash /owned", "clear /owned"}));
+  EXPECT_EQ(m_disk.immutable, std::set<std::string>{"/owned"}) << "a cleared flag stays cleared";
+  EXPECT_EQ(LogLines(), (Strings{"Deleted file \"/locked\"", "Deleted file \"/gone\"",
+                                 "Deleted file \"/stuck\"", "Deleted file \"/owned\""}));
+  ASSERT_EQ(m_person.failures.size(), 3U);
+  EXPECT_TRUE(m_person.failures[0].starts_with("/gone: ")) << m_person.failures[0];
+  EXPECT_NE(m_person.failures[1].find("/stuck: Not moved to the trash. The disk is read-only."),
+            std::string::npos)
+      << m_person.failures[1];
+}
+
+// What the table drops must be what was handled, no more.
+TEST_F(FileOperations, StoppingHalfWayLeavesTheRest) {
+  NoQuestion();
+  m_disk.files = {{"/a", ""}, {"/b", ""}, {"/c", ""}};
+  m_person.patience = 2;
+  Strings paths = {"/a", "/b", "/c"};
+  EXPECT_TRUE(m_operations.Delete(&paths));
+  EXPECT_EQ(paths, (Strings{"/a", "/b"}));
+  EXPECT_TRUE(m_disk.files.contains("/c"));
+  m_person.patience = 0;
+  paths = {"/c"};
+  EXPECT_FALSE(m_operations.MoveTo("/to", &paths));
+  EXPECT_TRUE(m_disk.files.contains("/c"));
+  EXPECT_EQ(m_person.finished, 2) << "a progress window must close";
+}
+
+TEST_F(FileOperations, MovesGoToTheFolderOfTheSettingsWhileItExists) {
+  const test::CTempFolder parent;
+  const std::string folder = parent / "m\xFFsic";
+  std::filesystem::create_directory(folder);
+  CConfiguration& configuration = CConfiguration::Instance();
+  configuration.SetBytes("moveBookmark", CByteBlock(folder.begin(), folder.end()));
+  m_person.folder = "/chosen/";
+  const auto target = [&] {
+    m_disk.files = {{"/x/a.mp3", "A"}};
+    Strings paths = {"/x/a.mp3"};
+    EXPECT_TRUE(m_operations.Move(&paths));
+    return m_disk.files.begin()->first;
+  };
+  EXPECT_EQ(target(), folder + "/a.mp3") << "also with no setting, which counts as true";
+  EXPECT_EQ(m_person.choosers, 0);
+  configuration.SetBool("enableMoveFolder", false);
+  EXPECT_EQ(target(), "/chosen/a.mp3");
+  configuration.SetBool("enableMoveFolder", true);
+  EXPECT_EQ(target(), folder + "/a.mp3");
+  std::filesystem::remove(folder);
+  EXPECT_EQ(target(), "/chosen/a.mp3");
+  test::WriteAll(folder, "a file now");
+  EXPECT_EQ(target(), "/chosen/a.mp3");
+  configuration.Remove("moveBookmark");
+  EXPECT_EQ(target(), "/chosen/a.mp3");
+
+  m_person.folder.clear();
+  m_disk.calls.clear();
+  Strings paths = {"/x/a.mp3"};
+  EXPECT_FALSE(m_operations.Move(&paths)) << "cancelled";
+  EXPECT_TRUE(m_disk.calls.empty());
+}
+
+TEST_F(FileOperations, MovesThatFailWriteNoLineButCount) {
+  m_disk.files = {{"/x/a", "A"}, {"/to/a", "other"}, {"/x/b", "B"}, {"/x/c", "C"}, {"/x/d", "D"}};
+  m_disk.immutable = {"/x/b", "/x/c", "/x/d"};
+  m_disk.errors = {{"clear /x/c", EPERM}, {"move /x/d /to/d", ENOSPC}};
+  Strings paths = {"/x/a", "/x/b", "/x/c", "/x/d"};
+  EXPECT_TRUE(m_operations.MoveTo("/to", &paths));
+  EXPECT_EQ(paths.size(), 4U);
+  EXPECT_EQ(m_disk.files,
+            (std::map<std::string, std::string>{
+                {"/x/a", "A"}, {"/to/a", "other"}, {"/to/b", "B"}, {"/x/c", "C"}, {"/x/d", "D"}}));
+  EXPECT_EQ(m_disk.immutable, std::set<std::string>{"/x/c"}) << "a cleared flag stays cleared";
+  EXPECT_EQ(LogLines(), Strings{"Moved file \"/x/b\" to \"/to/b\""});
+  ASSERT_EQ(m_person.failures.size(), 3U);
+  EXPECT_EQ(m_person.failures[0],
+            "/x/a: Not moved to \"/to\". The name \"a\" is taken there. Rename one of the two "
+            "files.");
+}
+
+TEST_F(FileOperations, SwapTakesTheNextNameWhenOneIsRefused) {
+  m_disk.files = {{"/x/a", "A"}, {"/y/b", "B"}, {"/x/a.tmp", "user's"}};
+  m_disk.errors = {{"rename /x/a /x/a.1.tmp", EACCES}};
+  EXPECT_TRUE(m_operations.SwapCallback("/x/a", "/y/b"));
+  EXPECT_EQ(m_disk.calls,
+            (Strings{"rename /x/a /x/a.tmp", "rename /x/a /x/a.1.tmp", "rename /x/a /x/a.2.tmp",
+                     "rename /y/b /x/a", "rename /x/a.2.tmp /y/b"}));
+  EXPECT_EQ(m_disk.files, (std::map<std::string, std::string>{
+                              {"/x/a", "B"}, {"/y/b", "A"}, {"/x/a.tmp", "user's"}}));
+  EXPECT_EQ(LogLines(), Strings{"Swapped files \"/x/a\" and \"/y/b\""});
+  EXPECT_EQ(m_person.finished, 0);
+}
+
+TEST_F(FileOperations, SwapThatFailsPutsTheNamesBack) {
+  const std::map<std::string, std::string> before = {{"/a", "A"}, {"/b", "B"}};
+  struct Case {
+    std::string call;
+    int error;
+    Strings calls, log;
+  };
+  const Case cases[] = {
+      {"rename /a /a.tmp",
+       EPERM,
+       {"rename /a /a.tmp"},
+       {"System error [1]: Operation not permitted", "move(1) failed"}},
+      {"rename /b /a",
+       EXDEV,
+       {"rename /a /a.tmp", "rename /b /a", "rename /a.tmp /a"},
+       {"System error [18]: Invalid cross-device link", "move(2) failed"}},
+      {"rename /a.tmp /b",
+       EIO,
+       {"rename /a /a.tmp", "rename /b /a", "rename /a.tmp /b", "rename /a /b", "rename /a.tmp /a"},
+       {"System error [5]: Input/output error", "move(3) failed"}},
+  };
+  Strings log;
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.call);
+    m_disk.files = before;
+    m_disk.calls.clear();
+    m_disk.errors = {{one.call, one.error}};
+    EXPECT_FALSE(m_operations.SwapCallback("/a", "/b"));
+    EXPECT_EQ(m_disk.calls, one.calls);
+    EXPECT_EQ(m_disk.files, before);
+    const Strings all = LogLines();
+    const Strings lines(all.begin() + static_cast<ptrdiff_t>(log.size()), all.end());
+    log = all;
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(Strings(lines.begin(), lines.begin() + 2), one.log);
+    EXPECT_EQ(lines[2], one.log[0]) << "the report tells the same error, not a later one";
+    EXPECT_TRUE(lines[3].starts_with("SwapCallback:") && lines[3].ends_with(" failed [false]"));
+    ASSERT_EQ(m_person.failures.size(), 1U);
+    EXPECT_TRUE(m_person.failures[0].starts_with("/a: ")) << m_person.failures[0];
+    EXPECT_EQ(m_person.failures[0].find("now called"), std::string::npos);
+  }
+}
+
+// The user must learn under which name a file is left.
+TEST_F(FileOperations, SwapSaysWhereAFileIsLeft) {
+  m_disk.files = {{"/a", "A"}, {"/b", "B"}};
+  m_disk.errors = {{"rename /b /a", EIO}, {"rename /a.tmp /a", EIO}};
+  EXPECT_FALSE(m_operations.SwapCallback("/a", "/b"));
+  EXPECT_NE(m_person.failures.at(0).find("It is now called \"/a.tmp\""), std::string::npos);
+
+  m_disk.files = {{"/a", "A"}, {"/b", "B"}};
+  m_disk.errors = {{"rename /a.tmp /b", EIO}, {"rename /a /b", EIO}};
+  EXPECT_FALSE(m_operations.SwapCallback("/a", "/b"));
+  EXPECT_EQ(m_disk.files, (std::map<std::string, std::string>{{"/a", "B"}, {"/a.tmp", "A"}}));
+  EXPECT_NE(m_person.failures.at(0).find("It is now called \"/a.tmp\""), std::string::npos);
+  EXPECT_NE(m_person.failures.at(0).find("\"/b\" is now called \"/a\""), std::string::npos);
+}
+
+TEST_F(FileOperations, SwapWithEveryNameRefusedFailsOnTheNextStep) {
+  m_disk.files = {{"/a", "A"}, {"/b", "B"}, {"/a.tmp", "0"}};
+  for (int n = 1; n < 1000; ++n) m_disk.files["/a." + std::to_string(n) + ".tmp"] = "taken";
+  const auto before = m_disk.files;
+  EXPECT_FALSE(m_operations.SwapCallback("/a", "/b"));
+  EXPECT_EQ(m_disk.files, before);
+  ASSERT_EQ(m_disk.calls.size(), 1002U);
+  EXPECT_EQ(m_disk.calls[1000], "rename /b /a");
+  EXPECT_EQ(m_disk.calls[1001], "rename /a.999.tmp /a");
+  EXPECT_EQ(LogLines().at(1), "move(2) failed");
+}
+
+}  // namespace
+}  // namespace quill
