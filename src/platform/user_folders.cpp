@@ -33,9 +33,13 @@ std::string Join(const std::string& base, const std::string& rest) {
 
 }  // namespace
 
+std::string CUserFolders::DataHome() {
+  return BaseFolder("XDG_DATA_HOME", "/.local/share");
+}
+
 CUserFolders CUserFolders::ByEnvironment() {
   const std::string identifier = kIdentifier;
-  return {.support = Join(BaseFolder("XDG_DATA_HOME", "/.local/share"), identifier),
+  return {.support = Join(DataHome(), identifier),
           .logs = Join(BaseFolder("XDG_STATE_HOME", "/.local/state"), identifier + kLogsFolder),
           .settings = Join(BaseFolder("XDG_CONFIG_HOME", "/.config"), identifier + kSettingsFile)};
 }

@@ -10,6 +10,8 @@ struct CUserFolders {
   std::string logs;      // daily logs
   std::string settings;  // full path of the settings file
 
+  // The XDG data home; empty when there is no home.
+  [[nodiscard]] static std::string DataHome();
   // By the environment: XDG data, state and config homes.
   [[nodiscard]] static CUserFolders ByEnvironment();
   // All of it below `folder`.
