@@ -5,7 +5,7 @@ BUILD_PACKAGES=(
   g++ cmake ninja-build ccache pkg-config
   qt6-base-dev qt6-svg-dev qt6-image-formats-plugins
   libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
-  libvips-dev
+  libvips-dev libtag1-dev
   libfftw3-dev libhwy-dev libunistring-dev
 )
 TEST_PACKAGES=(libgtest-dev ffmpeg python3 clang-format clang)

@@ -100,10 +100,10 @@ Status CBitmap::Prepare(PixelForm& form) {
   const AvPtr<AVPacket> packet(av_packet_alloc());
   const AvPtr<AVCodecContext> context(avcodec_alloc_context3(codec));
   if (codec == nullptr || m_frame == nullptr || packet == nullptr || context == nullptr)
-    return Status::kNotSupported;
+    return Status::kUnknownFormat;
   if (const Status status = ReadPacket(*packet); status != Status::kOk) return status;
   context->thread_count = 1;
-  if (avcodec_open2(context.get(), codec, nullptr) != 0) return Status::kNotSupported;
+  if (avcodec_open2(context.get(), codec, nullptr) != 0) return Status::kUnknownFormat;
   if (avcodec_send_packet(context.get(), packet.get()) != 0 ||
       avcodec_receive_frame(context.get(), m_frame.get()) != 0)
     return Status::kDamaged;

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "decoder/own_memory.h"
+#include "decoder/tag_requests.h"
+#include "decoder/text_field.h"
 #include "decoding/wire.h"
 
 namespace quill::decoder {
@@ -156,23 +158,29 @@ void CCommandLoop::Purge() {
 }
 
 void CCommandLoop::TagsRead() {
-  (void)m_pipe.ReadString();
+  const std::string path = m_pipe.ReadString();
   (void)m_pipe.ReadWord();
-  Reply(wire::kTagsRead, Status::kNotSupported);
+  LeaveIfGrown();
+  TagFields fields;
+  const Status status = ReadTags(path, &fields);
+  Reply(wire::kTagsRead, status);
+  if (status != Status::kOk) return;
+  for (const std::string& text : fields.texts)
+    m_pipe.WriteString(FittingText(text, wire::kStringLimit));
+  for (const uint32_t number : fields.numbers) m_pipe.WriteWord(number);
 }
 
 void CCommandLoop::TagsWrite() {
-  // Bits of the field mask, in the order in which the fields follow.
-  constexpr uint32_t kTextFields[] = {1, 2, 4, 64, 32};
-  constexpr uint32_t kNumberFields[] = {8, 16};
-  (void)m_pipe.ReadString();
+  const std::string path = m_pipe.ReadString();
   (void)m_pipe.ReadWord();
-  const uint32_t mask = m_pipe.ReadWord();
-  for (uint32_t field : kTextFields)
-    if ((mask & field) != 0) (void)m_pipe.ReadString();
-  for (uint32_t field : kNumberFields)
-    if ((mask & field) != 0) (void)m_pipe.ReadWord();
-  Reply(wire::kTagsWrite, Status::kNotSupported);
+  TagFields fields;
+  fields.mask = m_pipe.ReadWord();
+  for (size_t i = 0; i < fields.texts.size(); ++i)
+    if ((fields.mask & wire::kTagTexts[i]) != 0) fields.texts[i] = m_pipe.ReadString();
+  for (size_t i = 0; i < fields.numbers.size(); ++i)
+    if ((fields.mask & wire::kTagNumbers[i]) != 0) fields.numbers[i] = m_pipe.ReadWord();
+  LeaveIfGrown();
+  Reply(wire::kTagsWrite, WriteTags(path, fields));
 }
 
 }  // namespace quill::decoder

@@ -52,6 +52,12 @@ void CPipe::Write(const void* buffer, size_t length) {
   m_output.insert(m_output.end(), bytes, bytes + length);
 }
 
+void CPipe::WriteString(std::string_view text) {
+  const auto length = static_cast<uint16_t>(text.size());
+  Write(&length, sizeof length);
+  Write(text.data(), length);
+}
+
 void CPipe::Flush() {
   size_t sent = 0;
   while (sent < m_output.size()) {

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quill::decoder {
@@ -27,6 +28,8 @@ class CPipe {
 
   void Write(const void* buffer, size_t length);
   void WriteWord(uint32_t word) { Write(&word, sizeof word); }
+  // Shorter than wire::kStringLimit.
+  void WriteString(std::string_view text);
   void Flush();
 
  private:

@@ -14,10 +14,11 @@ enum class Status : uint32_t {
   kNoSound = 4,        // a known format, with no sound stream that can be decoded
   kNothingOpen = 5,    // the command needs an open file
   kNoMapping = 6,      // the application could not provide room for the data
-  kNotSupported = 7,   // the program does not serve this command
+  kNoTags = 7,         // content of a type that has no tags, or of no known type
   kBadHandshake = 8,   // the application speaks another version
   kTooLarge = 9,       // a picture beyond what is delivered
   kDamaged = 10,       // a picture whose pixels cannot be decoded
+  kCannotWrite = 11,   // no permission, a full disk, or a file that changed meanwhile
 };
 
 }  // namespace quill::decoder

@@ -48,14 +48,19 @@ std::string FromLatin1(std::string_view text) {
 
 }  // namespace
 
+std::string FittingText(std::string_view text, size_t limit) {
+  std::string fitting = IsUtf8(text) ? std::string(text) : FromLatin1(text);
+  size_t length = std::min(fitting.size(), limit - 1);
+  if (length < fitting.size())
+    while (length > 0 && IsContinuation(fitting[length])) --length;
+  fitting.resize(length);
+  return fitting;
+}
+
 void CopyText(std::string_view text, std::span<char> field) {
-  std::string converted;
-  if (!IsUtf8(text)) text = converted = FromLatin1(text);
-  size_t length = std::min(text.size(), field.size() - 1);
-  if (length < text.size())
-    while (length > 0 && IsContinuation(text[length])) --length;
-  std::copy_n(text.begin(), length, field.begin());
-  field[length] = '\0';
+  const std::string fitting = FittingText(text, field.size());
+  std::copy(fitting.begin(), fitting.end(), field.begin());
+  field[fitting.size()] = '\0';
 }
 
 }  // namespace quill::decoder

@@ -49,6 +49,11 @@ struct DecoderRow {
 };
 static_assert(sizeof(DecoderRow) == 208);
 
+// Tag fields of kTagsRead and kTagsWrite as bits of the mask, in the order in which they stand on
+// the wire: title, artist, album, genre, comment as strings, then year and track as words.
+inline constexpr uint32_t kTagTexts[] = {1, 2, 4, 64, 32};
+inline constexpr uint32_t kTagNumbers[] = {8, 16};
+
 struct AudioFormat {
   uint32_t dataFormat;      // DataFormat
   uint32_t channelsFormat;  // ChannelsFormat
