@@ -18,8 +18,11 @@
 
 namespace {
 
-class CNoPairs : public quill::CAudioPairSink, public quill::CImagePairSink {
+class CNoPairs : public quill::CAudioPairSink,
+                 public quill::CImagePairSink,
+                 public quill::CAnalysisSink {
  public:
+  bool LockedAdd(const quill::CRef<const quill::AnalysisInfo>&) override { return true; }
   bool LockedAdd(const quill::CRef<const quill::ImageInfo>&, uint8_t,
                  const quill::CRef<const quill::ImageInfo>&, uint8_t, float, float) override {
     return true;
@@ -58,12 +61,13 @@ int main() {
   quill::CScanCounters counters;
   quill::CAudioStore audioStore(cache, counters);
   quill::CImageStore imageStore(cache, counters);
+  quill::CAnalysisStore analysisStore(cache);
   const quill::CIgnoreList ignores;
   const quill::CScanSettings settings;
   CNoPairs sink;
   quill::CDecoderTable::Instance().Reload();
   quill::CScanEngines engines(quill::CDecoderTable::Instance(), settings, ignores, audioStore, sink,
-                              imageStore, sink);
+                              imageStore, sink, analysisStore, sink);
 
   for (const std::string& file : files) {
     std::vector<double> times;

@@ -424,7 +424,8 @@ class Acting(CommandLine):
         return done
 
     def mark(self, *words, **options):
-        return self.run_cli("mark", self.saved, *words, env=self.environment, **options)
+        return self.run_cli("--set", "audioAutomarkValuePrecise=0.6", "mark", self.saved, *words,
+                            env=self.environment, **options)
 
     def shown(self):
         return json.loads(self.run_cli("show", self.saved, "--json").stdout)
@@ -459,7 +460,7 @@ class Acting(CommandLine):
         self.scan(self.work, "--export", self.folder / "pairs.csv")
         text = (self.folder / "pairs.csv").read_bytes().decode()
         self.assertEqual(text.count("\r\n"), 2)
-        self.assertRegex(text, r'^"[^"]*";"[^"]*";\d+\.\d{4};-?\d+\.\d{4};\d+(\.\d{4})?\r\n')
+        self.assertRegex(text, r'^"[^"]*";"[^"]*";-100\.0000;-100\.0000;\d+\.\d{4}\r\n')
         images = (self.folder / "pairs-images.csv").read_bytes().decode()
         self.assertIn("large.png", images)
         self.scan("--analyse", self.work, "--export", self.folder / "ratings.html")

@@ -36,10 +36,10 @@ void CProgressEstimate::Tick(int32_t now, bool active, int32_t processed, int32_
   const auto estimate = static_cast<int32_t>(remaining);
   const bool keep = m_statValue != 0 && estimate >= m_statValue && estimate - m_statValue < kRise;
   if (!keep) m_statValue = estimate;
-  m_text = "Estimated Time Remaining: " + DurationText(static_cast<uint32_t>(m_statValue));
+  m_text = "Estimated Time Remaining: " + RemainingText(static_cast<uint32_t>(m_statValue));
 }
 
-std::string DurationText(uint32_t seconds) {
+std::string RemainingText(uint32_t seconds) {
   std::string text;
   const uint32_t hours = seconds / 3600 % 24;
   const bool days = seconds >= kDay;

@@ -28,6 +28,6 @@ class CProgressEstimate {
 };
 
 // "1d 2h 3m 4s": days and hours only when needed, no leading zeros.
-[[nodiscard]] std::string DurationText(uint32_t seconds);
+[[nodiscard]] std::string RemainingText(uint32_t seconds);
 
 }  // namespace quill

@@ -23,6 +23,13 @@ std::optional<Kind> KindOfSetting(const std::string& key) {
   if (key == "enableAudioDuration") return Kind::kTruth;
   if (key == "valueAudioDuration") return Kind::kNumber;
   if (key == "valueOpenCLDevice") return Kind::kText;
+  // What an automark goes by, but for its lists.
+  for (const char* table : {"audioAutomark", "imageAutomark"}) {
+    for (const char* score : {"Tags", "Content", "Precise", "Experimental"}) {
+      if (key == std::string(table) + "Enable" + score) return Kind::kTruth;
+      if (key == std::string(table) + "Value" + score) return Kind::kNumber;
+    }
+  }
   for (const CSettingDefaults* group :
        {&DefaultsGeneral(), &DefaultsMiscellaneous(), &DefaultsOpenCl()}) {
     const auto entry = group->find(key);

@@ -121,6 +121,7 @@ bool CFileOperations::MoveTo(const std::string& folder, std::vector<std::string>
     const std::string target = start + std::string(NamePart(path));
     int error = m_files.Move(path, target);
     if (error != 0 && m_files.ClearImmutable(path) == 0) error = m_files.Move(path, target);
+    if (target == path) return std::string("It is in that folder already.");
     if (error != 0) return "Not moved to \"" + folder + "\". " + Explain(error, NamePart(path));
     CLogLine().Append("Moved file \"").Append(path).Append("\" to \"").Append(target).Append("\"");
     return std::string();

@@ -7,11 +7,11 @@ namespace {
 
 constexpr const char* kText = "Estimated Time Remaining: ";
 
-TEST(DurationText, ShowsOnlyTheUnitsThatAreNeeded) {
+TEST(RemainingText, ShowsOnlyTheUnitsThatAreNeeded) {
   const std::pair<uint32_t, const char*> cases[] = {
       {0, "0m 0s"},           {59, "0m 59s"},         {3599, "59m 59s"},     {3600, "1h 0m 0s"},
       {86399, "23h 59m 59s"}, {86400, "1d 0h 0m 0s"}, {90061, "1d 1h 1m 1s"}};
-  for (const auto& [seconds, text] : cases) EXPECT_EQ(DurationText(seconds), text) << seconds;
+  for (const auto& [seconds, text] : cases) EXPECT_EQ(RemainingText(seconds), text) << seconds;
 }
 
 TEST(ProgressEstimate, NeedsElevenSecondsAndThreeFiles) {
@@ -25,24 +25,24 @@ TEST(ProgressEstimate, NeedsElevenSecondsAndThreeFiles) {
   EXPECT_EQ(slow.Text(), "");
   slow.Tick(200, true, 3, 100);
   // 97 files at 3 files in 100 seconds.
-  EXPECT_EQ(slow.Text(), kText + DurationText(3233));
+  EXPECT_EQ(slow.Text(), kText + RemainingText(3233));
   estimate.Tick(111, true, 16, 105);
-  EXPECT_EQ(estimate.Text(), kText + DurationText(89));
+  EXPECT_EQ(estimate.Text(), kText + RemainingText(89));
 }
 
 TEST(ProgressEstimate, DropsAtOnceAndRisesInStepsOfThirtyOneSeconds) {
   CProgressEstimate estimate;
   estimate.Tick(0x1000, true, 0, 110);
   estimate.Tick(0x1000 + 100, true, 10, 110);
-  EXPECT_EQ(estimate.Text(), kText + DurationText(1000));
+  EXPECT_EQ(estimate.Text(), kText + RemainingText(1000));
   estimate.Tick(0x1000 + 100, true, 10, 113);
-  EXPECT_EQ(estimate.Text(), kText + DurationText(1000)) << "30 seconds above: kept";
+  EXPECT_EQ(estimate.Text(), kText + RemainingText(1000)) << "30 seconds above: kept";
   estimate.Tick(0x1000 + 1000, true, 100, 203);
-  EXPECT_EQ(estimate.Text(), kText + DurationText(1030 - 30)) << "30 seconds above: kept";
+  EXPECT_EQ(estimate.Text(), kText + RemainingText(1030 - 30)) << "30 seconds above: kept";
   estimate.Tick(0x1000 + 100, true, 100, 1131);
-  EXPECT_EQ(estimate.Text(), kText + DurationText(1031)) << "31 seconds above: replaced";
+  EXPECT_EQ(estimate.Text(), kText + RemainingText(1031)) << "31 seconds above: replaced";
   estimate.Tick(0x1000 + 100, true, 100, 1130);
-  EXPECT_EQ(estimate.Text(), kText + DurationText(1030)) << "below: replaced";
+  EXPECT_EQ(estimate.Text(), kText + RemainingText(1030)) << "below: replaced";
 }
 
 TEST(ProgressEstimate, LeavesTheTextAloneFromTenDaysOn) {

@@ -233,8 +233,8 @@ TEST_F(DiskFileService, SourceThatChangesMeanwhileStays) {
       WriteAll(from, std::string(16 << 20, 'x'));
       std::atomic<bool> stop = false;
       std::thread writer([&] {
-        const int file = open(from.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
-        while (!stop) std::ignore = write(file, "y", 1);
+        const int file = open(from.c_str(), O_WRONLY | O_CLOEXEC);
+        while (!stop) std::ignore = pwrite(file, "y", 1, 0);
         close(file);
       });
       const int error = service.Move(from, to);

@@ -212,18 +212,19 @@ TEST_F(FileOperations, MovesThatFailWriteNoLineButCount) {
   m_disk.files = {{"/x/a", "A"}, {"/to/a", "other"}, {"/x/b", "B"}, {"/x/c", "C"}, {"/x/d", "D"}};
   m_disk.immutable = {"/x/b", "/x/c", "/x/d"};
   m_disk.errors = {{"clear /x/c", EPERM}, {"move /x/d /to/d", ENOSPC}};
-  Strings paths = {"/x/a", "/x/b", "/x/c", "/x/d"};
+  Strings paths = {"/x/a", "/x/b", "/x/c", "/x/d", "/to/a"};
   EXPECT_TRUE(m_operations.MoveTo("/to", &paths));
-  EXPECT_EQ(paths.size(), 4U);
+  EXPECT_EQ(paths.size(), 5U);
   EXPECT_EQ(m_disk.files,
             (std::map<std::string, std::string>{
                 {"/x/a", "A"}, {"/to/a", "other"}, {"/to/b", "B"}, {"/x/c", "C"}, {"/x/d", "D"}}));
   EXPECT_EQ(m_disk.immutable, std::set<std::string>{"/x/c"}) << "a cleared flag stays cleared";
   EXPECT_EQ(LogLines(), Strings{"Moved file \"/x/b\" to \"/to/b\""});
-  ASSERT_EQ(m_person.failures.size(), 3U);
+  ASSERT_EQ(m_person.failures.size(), 4U);
   EXPECT_EQ(m_person.failures[0],
             "/x/a: Not moved to \"/to\". The name \"a\" is taken there. Rename one of the two "
             "files.");
+  EXPECT_EQ(m_person.failures[3], "/to/a: It is in that folder already.");
 }
 
 TEST_F(FileOperations, SwapTakesTheNextNameWhenOneIsRefused) {
