@@ -55,14 +55,16 @@ TEST_F(ProcessTest, StaysInStepThroughCommandsItRefuses) {
   const std::string path = Track();
   ASSERT_TRUE(m_link.WriteWord(wire::kImageOpen) && m_link.Write(path) && m_link.WriteWord(0));
   EXPECT_NE(Reply(wire::kImageOpen), 0u);
-  ASSERT_TRUE(m_link.WriteWord(wire::kTagsRead) && m_link.Write(path) && m_link.WriteWord(0));
+  const std::string text = m_folder / "text.mp3";
+  test::WriteAll(text, "no sound");
+  ASSERT_TRUE(m_link.WriteWord(wire::kTagsRead) && m_link.Write(text) && m_link.WriteWord(0));
   EXPECT_NE(Reply(wire::kTagsRead), 0u);
   for (uint32_t mask = 0; mask < 128; ++mask) {
-    ASSERT_TRUE(m_link.WriteWord(wire::kTagsWrite) && m_link.Write(path) && m_link.WriteWord(0) &&
+    ASSERT_TRUE(m_link.WriteWord(wire::kTagsWrite) && m_link.Write(text) && m_link.WriteWord(0) &&
                 m_link.WriteWord(mask));
-    for (uint32_t text : {1, 2, 4, 64, 32})
-      ASSERT_TRUE((mask & text) == 0 || m_link.Write("text of a field"));
-    for (uint32_t number : {8, 16}) ASSERT_TRUE((mask & number) == 0 || m_link.WriteWord(1999));
+    for (uint32_t bit : {1, 2, 4, 64, 32})
+      ASSERT_TRUE((mask & bit) == 0 || m_link.Write("text of a field"));
+    for (uint32_t bit : {8, 16}) ASSERT_TRUE((mask & bit) == 0 || m_link.WriteWord(1999));
     EXPECT_NE(Reply(wire::kTagsWrite), 0u) << mask;
   }
   EXPECT_EQ(Decode(path).Frames(), 44100u);
