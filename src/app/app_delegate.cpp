@@ -244,10 +244,8 @@ bool TDXAppDelegate::SaveData(const std::string& path) {
 
 bool TDXAppDelegate::LoadData(const std::string& path) {
   _stateLoaded = true;
-  // A file that is none of ours must not cost the results on show: a reading for nobody comes
-  // first.
-  CResultsJournal probe(nullptr, nullptr, nullptr);
-  if (!probe.OpenForReading(path) || !probe.Load()) {
+  // A file that is none of ours must not cost the results on show.
+  if (!CResultsJournal::IsResultsFile(path)) {
     m_frontEnd.ShowAlert("Error", "Failed to open results file");
     return false;
   }

@@ -7,6 +7,5 @@ inline constexpr const char* kCacheFile = "cache.dat";
 inline constexpr const char* kIgnoresFile = "ignores.list";
 inline constexpr const char* kAutosaveFile = "autosave.quillmarsh";
 inline constexpr const char* kPendingWorkFile = "pending.works";
-inline constexpr const char* kLockFile = "lock";
 
 }  // namespace quill

@@ -12,8 +12,7 @@ CLoadedResults::CLoadedResults() {
 
 bool CLoadedResults::Load(const std::string& path, bool follow) {
   // A file that is none of ours would be emptied by the open for writing.
-  CResultsJournal probe(nullptr, nullptr, nullptr);
-  if (!probe.OpenForReading(path) || !probe.Load()) {
+  if (!CResultsJournal::IsResultsFile(path)) {
     Complain(TerminalText(path) + " cannot be read, or is no results file");
     return false;
   }

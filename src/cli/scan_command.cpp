@@ -49,8 +49,7 @@ bool CheckInput(const Arguments& arguments) {
 bool MayWriteResults(const std::string& path) {
   std::error_code fault;
   if (!std::filesystem::exists(path, fault)) return true;
-  CResultsJournal journal(nullptr, nullptr, nullptr);
-  if (journal.OpenForReading(path) && journal.Load()) return true;
+  if (CResultsJournal::IsResultsFile(path)) return true;
   Complain(TerminalText(path) + " exists and is no results file; nothing was written");
   return false;
 }
@@ -59,9 +58,8 @@ bool MayWriteResults(const std::string& path) {
 // pairs and ratings of the same folders come together in one results file.
 void KeepOtherResults(TDXAppDelegate& delegate) {
   const std::string path = CSession::DataFile(kAutosaveFile);
-  CResultsJournal journal(nullptr, nullptr, nullptr);
   std::error_code fault;
-  if (std::filesystem::exists(path, fault) && journal.OpenForReading(path) && journal.Load())
+  if (std::filesystem::exists(path, fault) && CResultsJournal::IsResultsFile(path))
     (void)delegate.LoadData(path);
 }
 

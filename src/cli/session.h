@@ -7,8 +7,7 @@
 
 #include "cli/arguments.h"
 #include "cli/override_store.h"
-#include "platform/data_lock.h"
-#include "platform/ini_settings_store.h"
+#include "platform/data_session.h"
 
 namespace quill::cli {
 
@@ -26,8 +25,7 @@ class CSession {
   [[nodiscard]] static std::string DataFile(const char* name);
 
  private:
-  CDataLock m_lock;
-  std::unique_ptr<CIniSettingsStore> m_file;
+  CDataSession m_data;
   std::unique_ptr<COverrideStore> m_settings;
 };
 

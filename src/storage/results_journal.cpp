@@ -82,6 +82,11 @@ void CResultsJournal::Reset() {
   StoreEndMarker();
 }
 
+bool CResultsJournal::IsResultsFile(const std::string& path) {
+  CResultsJournal journal(nullptr, nullptr, nullptr);
+  return journal.OpenForReading(path) && journal.Load();
+}
+
 bool CResultsJournal::Load() {
   if (!m_map.IsOpen()) return CSystemError::Bool("Load", 45, false);
   if (m_writable && m_position != kMagicLength) return CSystemError::Bool("Load", 474, false);

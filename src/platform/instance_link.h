@@ -1,0 +1,34 @@
+// One window over a data folder: the first one listens, and a second start of the program hands
+// over to it and ends. Main thread, with a running event loop on the listening side.
+#pragma once
+
+#include <QLocalServer>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace quill {
+
+class CInstanceLink {
+ public:
+  // `folder` is the data folder that both programs share.
+  explicit CInstanceLink(const std::string& folder);
+
+  // Called with the results file that the second program was started with, empty for none.
+  std::function<void(const std::string& path)> m_called;
+
+  // Takes calls from now on. Needs the lock of the data folder: what an earlier program left in the
+  // socket's place goes. Without a place for the socket a second start cannot hand over; that is
+  // all.
+  void Listen();
+  // False when nobody answers within a few seconds.
+  [[nodiscard]] bool Call(const std::string& path) const;
+
+ private:
+  void Answer();
+
+  const QString m_name;  // of the socket
+  std::unique_ptr<QLocalServer> m_server;
+};
+
+}  // namespace quill

@@ -1,0 +1,40 @@
+// The File menu's work: opening, saving and exporting results, with the dialogs around it. Main
+// thread.
+#pragma once
+
+#include <string>
+
+class QString;
+class QWidget;
+
+namespace quill {
+
+class CResultsView;
+class TDXAppDelegate;
+
+class CDocuments {
+ public:
+  // `window` is the parent of the dialogs. Both must outlive the object.
+  CDocuments(QWidget* window, TDXAppDelegate& delegate) : m_window(window), m_delegate(delegate) {}
+
+  void FileOpen();
+  void FileSave();
+  void FileSaveAs();
+  // The results of one tab as text.
+  void FileExport(CResultsView& view);
+  // Without a dialog.
+  void Open(const std::string& path);
+
+  // The results file last opened or saved; empty before that.
+  [[nodiscard]] const std::string& OpenedFile() const { return _openedFile; }
+
+ private:
+  void Save(const std::string& path);
+  void Tell(const QString& title, const QString& text);
+
+  QWidget* const m_window;
+  TDXAppDelegate& m_delegate;
+  std::string _openedFile;
+};
+
+}  // namespace quill
