@@ -1,0 +1,318 @@
+#include "ui/main_window.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDragEnterEvent>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QSignalBlocker>
+#include <QStackedWidget>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include "core/configuration.h"
+#include "platform/attention.h"
+#include "ui/audio_analysis_view.h"
+#include "ui/audio_dups_view.h"
+#include "ui/documents.h"
+#include "ui/folders_view.h"
+#include "ui/icons.h"
+#include "ui/image_dups_view.h"
+#include "ui/path_text.h"
+#include "ui/preferences_window.h"
+#include "ui/results_view.h"
+#include "ui/status_view.h"
+
+namespace quill {
+
+namespace {
+
+constexpr int kTickMs = 200;
+constexpr QSize kFirstSize(1100, 700);
+constexpr ResultsTab kTabs[] = {ResultsTab::kFolders, ResultsTab::kAudioDups,
+                                ResultsTab::kImageDups, ResultsTab::kAudioAnalysis};
+
+// Where the look of the window is kept.
+constexpr const char* kGeometryKey = "windowGeometry";
+constexpr const char* kTabKey = "windowTab";
+constexpr const char* kFoldersLayoutKey = "windowFoldersLayout";
+constexpr const char* kColumnsKeys[] = {nullptr, "windowAudioColumns", "windowImageColumns",
+                                        "windowAnalysisColumns"};
+
+size_t Index(ResultsTab tab) {
+  return static_cast<size_t>(tab);
+}
+
+QByteArray LoadBytes(const char* key) {
+  CByteBlock bytes;
+  if (!CConfiguration::Instance().GetBytes(key, &bytes)) return {};
+  return {reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())};
+}
+
+void SaveBytes(const char* key, const QByteArray& bytes) {
+  CConfiguration::Instance().SetBytes(key, CByteBlock(bytes.begin(), bytes.end()));
+}
+
+// The results file among what is dragged; empty for none.
+QString DraggedResults(const QMimeData* data) {
+  for (const QUrl& url : data->urls()) {
+    const QString path = url.toLocalFile();
+    if (path.endsWith(".quillmarsh")) return path;
+  }
+  return {};
+}
+
+}  // namespace
+
+TDXMainWindow::TDXMainWindow(CMainQueue& queue)
+    : m_questions(this),
+      m_files(m_disk, m_questions),
+      m_delegate(std::make_unique<TDXAppDelegate>(queue, *this)),
+      m_documents(std::make_unique<CDocuments>(this, *m_delegate)) {
+  setWindowTitle("Quillmarsh");
+  setAcceptDrops(true);
+  resize(kFirstSize);
+  connect(&m_timer, &QTimer::timeout, this, [this] { m_delegate->TimerUpdate(); });
+
+  m_folders = new TDXFoldersView(*m_delegate);
+  m_views[Index(ResultsTab::kAudioDups)] = new TDXAudioDupsView(*m_delegate, m_files);
+  m_views[Index(ResultsTab::kImageDups)] = new TDXImageDupsView(*m_delegate, m_files);
+  m_views[Index(ResultsTab::kAudioAnalysis)] = new TDXAudioAnalysisView(*m_delegate, m_files);
+  m_status = new TDXStatusView;
+  m_tabs = new QStackedWidget;
+  m_tabs->addWidget(m_folders);
+  for (CResultsView* view : m_views) {
+    if (!view) continue;
+    m_tabs->addWidget(view);
+    connect(view, &CResultsView::SummaryChanged, this,
+            [this, view](const QString& text) { UpdateSummary(view->Tab(), text); });
+  }
+  connect(m_folders, &TDXFoldersView::ListChanged, this, [this] { UpdateActions(); });
+
+  auto* centre = new QWidget;
+  auto* layout = new QVBoxLayout(centre);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  layout->addWidget(m_tabs, 1);
+  layout->addWidget(m_status);
+  setCentralWidget(centre);
+
+  MakeActions();
+  MakeMenus();
+  MakeToolbar();
+  SwitchView(ResultsTab::kFolders);
+}
+
+TDXMainWindow::~TDXMainWindow() {
+  // The folder list is stored at the end of the run, so the views must outlive the delegate's last
+  // call and are told nothing after it.
+  m_delegate->ApplicationWillTerminate();
+  // They go before the controllers that they show.
+  delete takeCentralWidget();
+  m_folders = nullptr;
+  m_views.fill(nullptr);
+  m_status = nullptr;
+}
+
+void TDXMainWindow::Start(const std::string& resultsFile) {
+  m_folders->LoadList();
+  RestoreLayout();
+  show();
+  m_delegate->AwakeFromNib();
+  UpdateActions();
+  // After the first sight of the window, so that long results do not delay it.
+  QTimer::singleShot(0, this, [this, resultsFile] {
+    m_delegate->RestoreAutosave();
+    if (!resultsFile.empty()) m_documents->Open(resultsFile);
+    UpdateActions();
+  });
+}
+
+void TDXMainWindow::BringForward(const std::string& resultsFile) {
+  setWindowState(windowState() & ~Qt::WindowMinimized);
+  show();
+  raise();
+  activateWindow();
+  if (!resultsFile.empty()) m_documents->Open(resultsFile);
+  UpdateActions();
+}
+
+void TDXMainWindow::closeEvent(QCloseEvent* event) {
+  SaveLayout();
+  if (m_preferences) m_preferences->close();
+  QMainWindow::closeEvent(event);
+  QApplication::quit();
+}
+
+void TDXMainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (!DraggedResults(event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void TDXMainWindow::dropEvent(QDropEvent* event) {
+  const QString path = DraggedResults(event->mimeData());
+  if (path.isEmpty()) return;
+  event->acceptProposedAction();
+  m_documents->Open(PathBytes(path));
+  UpdateActions();
+}
+
+bool TDXMainWindow::HasSelection() const {
+  return m_folders && m_folders->HasSelection();
+}
+
+std::vector<TDXSelectedFolder> TDXMainWindow::UnloadList() {
+  return m_folders ? m_folders->UnloadList() : std::vector<TDXSelectedFolder>();
+}
+
+void TDXMainWindow::SetTimer(bool on) {
+  if (on)
+    m_timer.start(kTickMs);
+  else
+    m_timer.stop();
+}
+
+void TDXMainWindow::ShowThreads(ScanButton button) {
+  m_button = button;
+  UpdateActions();
+}
+
+void TDXMainWindow::ShowProgress(const ProgressDisplay& progress) {
+  if (!m_status) return;
+  m_status->SetProgress(progress);
+  UpdateActions();
+}
+
+void TDXMainWindow::ReloadView(ResultsTab tab) {
+  if (CResultsView* view = m_views[Index(tab)]) view->ReloadView();
+}
+
+void TDXMainWindow::ShowBadge(uint32_t count) {
+  ShowLauncherBadge(count);
+}
+
+bool TDXMainWindow::IsActive() const {
+  return QApplication::activeWindow() != nullptr;
+}
+
+void TDXMainWindow::RequestAttention() {
+  QApplication::alert(this);
+  const bool analysis = m_delegate->Mode() == ScanMode::kAnalysis;
+  const auto groups =
+      static_cast<int>(m_delegate->AudioDups().GroupCount() + m_delegate->ImageDups().GroupCount());
+  const auto rated = static_cast<int>(m_delegate->AudioAnalysis().RowCount());
+  Notify(tr("Scan finished"), analysis ? tr("%n file(s) analysed", nullptr, rated)
+                                       : tr("%n group(s) of duplicates", nullptr, groups));
+}
+
+void TDXMainWindow::ShowAlert(const std::string& title, const std::string& text) {
+  QMessageBox box(QMessageBox::Warning, QString::fromStdString(title), QString::fromStdString(text),
+                  QMessageBox::Ok, this);
+  box.setTextFormat(Qt::PlainText);
+  box.exec();
+}
+
+ResultsTab TDXMainWindow::PresentTab() const {
+  return static_cast<ResultsTab>(m_tabs->currentIndex());
+}
+
+CResultsView* TDXMainWindow::PresentView() const {
+  return m_views[Index(PresentTab())];
+}
+
+void TDXMainWindow::SwitchView(ResultsTab tab) {
+  m_tabs->setCurrentIndex(static_cast<int>(tab));
+  m_tabActions->actions().at(static_cast<int>(tab))->setChecked(true);
+  m_actionMenu->clear();
+  CResultsView* view = PresentView();
+  m_actionMenu->addActions(view ? view->MenuActions() : m_folders->MenuActions());
+  if (view) view->ResultsTable()->setFocus();
+  m_status->SetSummary(m_summaries[Index(tab)]);
+  UpdateActions();
+}
+
+void TDXMainWindow::UpdateActions() {
+  if (!m_folders || !m_actionMenu) return;
+  const bool duplicates = m_delegate->Mode() == ScanMode::kDuplicates;
+  static constexpr struct {
+    const char* icon;
+    const char* text;
+    const char* tip;
+  } kButtons[] = {
+      {"scan-start", QT_TR_NOOP("Scan"), QT_TR_NOOP("Scan the chosen folders")},
+      {"scan-pause", QT_TR_NOOP("Pause"), QT_TR_NOOP("Hold the scan; it can be continued")},
+      {"scan-start", QT_TR_NOOP("Continue"), QT_TR_NOOP("Go on with the scan")}};
+  const auto& button = kButtons[static_cast<size_t>(m_button)];
+  if (m_start->text() != tr(button.text)) {
+    m_start->setIcon(Icon(button.icon));
+    m_start->setText(tr(button.text));
+    m_start->setToolTip(tr(button.tip));
+    m_start->setStatusTip(tr(button.tip));
+  }
+  const bool idle = m_button == ScanButton::kScan;
+  m_start->setEnabled(m_delegate->CanStart());
+  m_stop->setEnabled(m_delegate->CanStop());
+  m_findDuplicates->setEnabled(m_delegate->CanBegin());
+  m_analyse->setEnabled(m_delegate->CanBegin());
+  m_save->setEnabled(!m_documents->OpenedFile().empty());
+  m_export->setEnabled(PresentView() != nullptr);
+  m_modeDuplicates->setChecked(duplicates);
+  m_modeAnalyse->setChecked(!duplicates);
+  {
+    const QSignalBlocker quiet(m_mode);
+    m_mode->setCurrentIndex(duplicates ? 0 : 1);
+  }
+  m_mode->setEnabled(idle);
+  if (CResultsView* view = PresentView())
+    view->UpdateActions();
+  else
+    m_folders->UpdateActions();
+}
+
+void TDXMainWindow::UpdateSummary(ResultsTab tab, const QString& text) {
+  m_summaries[Index(tab)] = text;
+  if (tab == PresentTab()) m_status->SetSummary(text);
+}
+
+void TDXMainWindow::ShowPreferences() {
+  if (!m_preferences) {
+    m_preferences = new TDXPreferencesWindow(*m_delegate, this);
+    m_preferences->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_preferences, &TDXPreferencesWindow::Closed, this,
+            [this] { m_delegate->ReloadConfig(); });
+  }
+  m_preferences->show();
+  m_preferences->raise();
+  m_preferences->activateWindow();
+}
+
+void TDXMainWindow::ShowAbout() {
+  QMessageBox::about(
+      this, tr("About Quillmarsh"),
+      tr("<h3>Quillmarsh %1</h3><p>Finds duplicate and near-duplicate audio and image files, and "
+         "rates the quality of audio files.</p><p>Free software under the GNU General Public "
+         "License, version 3 or later.</p>")
+          .arg(QUILLMARSH_VERSION));
+}
+
+void TDXMainWindow::SaveLayout() {
+  SaveBytes(kGeometryKey, saveGeometry());
+  CConfiguration::Instance().SetInteger(kTabKey, m_tabs->currentIndex());
+  SaveBytes(kFoldersLayoutKey, m_folders->SaveLayout());
+  for (const CResultsView* view : m_views)
+    if (view) SaveBytes(kColumnsKeys[Index(view->Tab())], view->SaveColumns());
+}
+
+void TDXMainWindow::RestoreLayout() {
+  restoreGeometry(LoadBytes(kGeometryKey));
+  m_folders->RestoreLayout(LoadBytes(kFoldersLayoutKey));
+  for (CResultsView* view : m_views)
+    if (view) view->RestoreColumns(LoadBytes(kColumnsKeys[Index(view->Tab())]));
+  const int32_t tab = CConfiguration::Instance().GetInteger(kTabKey, 0);
+  if (tab >= 0 && tab < static_cast<int32_t>(std::size(kTabs))) SwitchView(kTabs[tab]);
+}
+
+}  // namespace quill
