@@ -48,7 +48,7 @@ bool IsDark(const QColor& background) {
   return Contrast(background, Qt::white) > Contrast(background, Qt::black);
 }
 
-QColor Shadow(const QColor& background, double level) {
+QColor Shade(const QColor& background, double level) {
   return Blend(background, IsDark(background) ? Qt::white : Qt::black, level);
 }
 

@@ -22,6 +22,6 @@ constexpr double kReadableContrast = 4.5;
 // Whether a palette with this background is a dark one.
 [[nodiscard]] bool IsDark(const QColor& background);
 // The background a step nearer to its text: darker on a light palette, lighter on a dark one.
-[[nodiscard]] QColor Shadow(const QColor& background, double level);
+[[nodiscard]] QColor Shade(const QColor& background, double level);
 
 }  // namespace quill

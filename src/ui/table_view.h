@@ -9,21 +9,13 @@
 
 #include <QTableView>
 #include <functional>
-#include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "ui/results_model.h"
 #include "ui/row_memory.h"
 
-class QMenu;
-
 namespace quill {
-
-// The characters of a group number, drawn one below the other: "12"; from 1000 on a star and the
-// last two digits.
-[[nodiscard]] QString GroupDigits(uint32_t number);
 
 class TDXTableView : public QTableView {
   Q_OBJECT
