@@ -77,7 +77,7 @@ class CTableTab : public CResultsView {
 
  protected:
   // When an action is enabled.
-  enum class Needs { kNothing, kRows, kSelection, kOneSelected, kMarked, kOwnTest };
+  enum class Needs { kRows, kSelection, kMarked, kOwnTest };
 
   // `delegate` and `files` must outlive the tab.
   CTableTab(TDXAppDelegate& delegate, CFileOperations& files, QWidget* parent);
