@@ -4,15 +4,24 @@
 
 #include <QList>
 #include <QWidget>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "app/front_end.h"
 
 class QAction;
+class QLabel;
+class QMenu;
+class QModelIndex;
+class QSplitter;
+class QTreeView;
 
 namespace quill {
 
+class CFileListModel;
+class CFolderLister;
+class CFolderTreeModel;
 class TDXAppDelegate;
 
 class TDXFoldersView : public QWidget {
@@ -43,6 +52,45 @@ class TDXFoldersView : public QWidget {
  signals:
   // The list of top-level folders has changed: the scan button may be enabled or not.
   void ListChanged();
+
+ protected:
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
+ private:
+  void MakeActions();
+  [[nodiscard]] QWidget* MakeFoldersPane();
+  [[nodiscard]] QWidget* MakeFilesPane();
+  void AddByDialog();
+  void AddFolders(const std::vector<std::string>& paths);
+  void SetGroup(uint8_t groupId);
+  void AnalyseSelectedFiles();
+  void AnalyseSelectedFolders();
+  void OpenEntry(const QModelIndex& entry);
+  void SelectionChanged();
+  // The selected folder whose content is on show; invalid for none.
+  [[nodiscard]] QModelIndex ShownFolder() const;
+  void UpdateHints();
+
+  TDXAppDelegate& m_delegate;
+  CFolderTreeModel* m_foldersTree;
+  CFileListModel* m_filesList;
+  QTreeView* m_foldersView;
+  QTreeView* m_filesView;
+  QSplitter* m_splitter;
+  QLabel* m_textTip;   // while the tree is empty
+  QLabel* m_filesTip;  // while no folder is selected
+  QAction* m_add;
+  QAction* m_remove;
+  QAction* m_group;
+  QAction* m_clear;
+  QAction* m_analyseFiles;
+  QAction* m_analyseFolders;
+  QMenu* m_groupMenu;
+  QList<QAction*> m_menuActions;
+  uint64_t m_shown = 0;  // number of the last change of the folder on show
+  // Declared last: it ends before what its results go to.
+  std::unique_ptr<CFolderLister> m_lister;
 };
 
 }  // namespace quill
