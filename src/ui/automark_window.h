@@ -8,14 +8,11 @@ class QWidget;
 
 namespace quill {
 
-class CAudioAutomark;
-class CImageAutomark;
+class CAutomark;
 
 // Runs the window modally. True when the user gave the word to mark: the settings are saved then,
 // and `allowed` tells for each score whether it may take part.
-[[nodiscard]] bool RunAutomarkWindow(QWidget* parent, const CAudioAutomark& automark,
-                                     std::vector<bool>* allowed);
-[[nodiscard]] bool RunAutomarkWindow(QWidget* parent, const CImageAutomark& automark,
+[[nodiscard]] bool RunAutomarkWindow(QWidget* parent, const CAutomark& automark,
                                      std::vector<bool>* allowed);
 
 }  // namespace quill
