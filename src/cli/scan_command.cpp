@@ -47,9 +47,7 @@ bool CheckInput(const Arguments& arguments) {
 
 // A file that is none of ours would be emptied by the save.
 bool MayWriteResults(const std::string& path) {
-  std::error_code fault;
-  if (!std::filesystem::exists(path, fault)) return true;
-  if (CResultsJournal::IsResultsFile(path)) return true;
+  if (CResultsJournal::MayReplace(path)) return true;
   Complain(TerminalText(path) + " exists and is no results file; nothing was written");
   return false;
 }

@@ -1,6 +1,7 @@
 #include "storage/results_journal.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "core/system_error.h"
 #include "storage/little_endian.h"
@@ -85,6 +86,13 @@ void CResultsJournal::Reset() {
 bool CResultsJournal::IsResultsFile(const std::string& path) {
   CResultsJournal journal(nullptr, nullptr, nullptr);
   return journal.OpenForReading(path) && journal.Load();
+}
+
+bool CResultsJournal::MayReplace(const std::string& path) {
+  std::error_code fault;
+  const bool free =
+      std::filesystem::status(path, fault).type() == std::filesystem::file_type::not_found;
+  return free || IsResultsFile(path);
 }
 
 bool CResultsJournal::Load() {

@@ -100,9 +100,11 @@ class CResultsJournal {
   // cannot be looked into (full disk, short memory) is left alone and fails after a report.
   [[nodiscard]] bool OpenForWriting(const std::string& path);
   [[nodiscard]] bool OpenForReading(const std::string& path);
-  // Whether the file is there and one of ours: every other file at a path to be written to belongs
-  // to the user.
+  // Whether the file is there and one of ours.
   [[nodiscard]] static bool IsResultsFile(const std::string& path);
+  // Whether results may be written there: every file that is none of ours belongs to the user, and
+  // OpenForWriting would wipe it.
+  [[nodiscard]] static bool MayReplace(const std::string& path);
 
   // Reads all records into the tables, up to the end or the first damage, and rebuilds their rows.
   // False only for a file that is none of ours. In a journal open for writing it must come first;
