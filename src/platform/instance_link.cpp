@@ -1,8 +1,10 @@
 #include "platform/instance_link.h"
 
 #include <QCryptographicHash>
+#include <QLocalServer>
 #include <QLocalSocket>
 #include <QStandardPaths>
+#include <filesystem>
 
 namespace quill {
 
@@ -12,13 +14,23 @@ constexpr int kPatienceMs = 5000;
 constexpr char kEnd = '\0';  // behind a path, which has none
 constexpr const char* kDone = "done";
 
+// The same for every way to write the folder's path.
+QByteArray Digest(const std::string& folder) {
+  std::error_code fault;
+  const std::filesystem::path real = std::filesystem::canonical(folder, fault);
+  const std::string& name = fault ? folder : real.native();
+  return QCryptographicHash::hash(QByteArray::fromStdString(name), QCryptographicHash::Sha1)
+      .toHex()
+      .left(16);
+}
+
 }  // namespace
 
 CInstanceLink::CInstanceLink(const std::string& folder)
     : m_name(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + "/quillmarsh-" +
-             QCryptographicHash::hash(QByteArray::fromStdString(folder), QCryptographicHash::Sha1)
-                 .toHex()
-                 .left(16)) {}
+             Digest(folder)) {}
+
+CInstanceLink::~CInstanceLink() = default;
 
 void CInstanceLink::Listen() {
   QLocalServer::removeServer(m_name);

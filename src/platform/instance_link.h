@@ -2,24 +2,27 @@
 // over to it and ends. Main thread, with a running event loop on the listening side.
 #pragma once
 
-#include <QLocalServer>
+#include <QString>
 #include <functional>
 #include <memory>
 #include <string>
+
+class QLocalServer;
 
 namespace quill {
 
 class CInstanceLink {
  public:
-  // `folder` is the data folder that both programs share.
+  // `folder` is the data folder that both programs share; it must exist.
   explicit CInstanceLink(const std::string& folder);
+  ~CInstanceLink();
 
   // Called with the results file that the second program was started with, empty for none.
   std::function<void(const std::string& path)> m_called;
 
-  // Takes calls from now on. Needs the lock of the data folder: what an earlier program left in the
-  // socket's place goes. Without a place for the socket a second start cannot hand over; that is
-  // all.
+  // Takes calls from now on; they wait until the event loop runs. Needs the lock of the data
+  // folder: what an earlier program left in the socket's place goes. Without a place for the socket
+  // a second start cannot hand over; that is all.
   void Listen();
   // False when nobody answers within a few seconds.
   [[nodiscard]] bool Call(const std::string& path) const;
