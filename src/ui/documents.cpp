@@ -3,6 +3,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QStandardPaths>
 
 #include "app/app_delegate.h"
@@ -14,22 +15,26 @@ namespace quill {
 
 namespace {
 
-constexpr const char* kExtension = ".quillmarsh";
+constexpr const char* kExtension = "quillmarsh";
 
-QString ResultsFilter() {
-  return QObject::tr("Quillmarsh results (*%1)").arg(kExtension);
+QString ResultsName() {
+  return QObject::tr("Quillmarsh results");
 }
 
-QString StartFolder(const std::string& opened) {
-  if (!opened.empty()) return ShownPath(opened);
+QString Filter(const QString& extension, const QString& name) {
+  return QString("%1 (*.%2)").arg(name, extension);
+}
+
+QString DocumentsFolder() {
   return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
 }
 
 }  // namespace
 
 void CDocuments::FileOpen() {
-  const QString path = QFileDialog::getOpenFileName(m_window, QObject::tr("Open results"),
-                                                    StartFolder(_openedFile), ResultsFilter());
+  const QString start = _openedFile.empty() ? DocumentsFolder() : ShownPath(_openedFile);
+  const QString path = QFileDialog::getOpenFileName(m_window, QObject::tr("Open Results"), start,
+                                                    Filter(kExtension, ResultsName()));
   if (!path.isEmpty()) Open(PathBytes(path));
 }
 
@@ -39,49 +44,67 @@ void CDocuments::Open(const std::string& path) {
 }
 
 void CDocuments::FileSave() {
-  if (!_openedFile.empty()) Save(_openedFile);
+  if (!_openedFile.empty() && MayWrite(_openedFile)) (void)m_delegate.SaveData(_openedFile);
 }
 
 void CDocuments::FileSaveAs() {
-  QFileDialog dialog(m_window, QObject::tr("Save results"), StartFolder(_openedFile),
-                     ResultsFilter());
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  // With the extension added before the question whether a file is to be replaced.
-  dialog.setDefaultSuffix(QString(kExtension).mid(1));
-  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
-  const std::string path = PathBytes(dialog.selectedFiles().first());
-  if (QFileInfo::exists(ShownPath(path)) && !CResultsJournal::IsResultsFile(path)) {
-    Tell(QObject::tr("Not saved"),
-         QObject::tr("\"%1\" exists and is no results file. It was left alone; choose another "
-                     "name.")
-             .arg(ShownPath(path)));
-    return;
-  }
-  _openedFile = path;
-  Save(path);
+  const QString start = _openedFile.empty() ? DocumentsFolder() : ShownPath(_openedFile);
+  const QString path =
+      ChooseTarget(QObject::tr("Save Results"), start, {{kExtension, ResultsName()}});
+  if (path.isEmpty()) return;
+  const std::string chosen = PathBytes(path);
+  if (!MayWrite(chosen)) return;
+  _openedFile = chosen;
+  (void)m_delegate.SaveData(chosen);
 }
 
-void CDocuments::Save(const std::string& path) {
-  (void)m_delegate.SaveData(path);
+bool CDocuments::MayWrite(const std::string& path) {
+  if (CResultsJournal::MayReplace(path)) return true;
+  Tell(QObject::tr("Not saved"), QObject::tr("“%1” exists and is no results file. It was left "
+                                             "alone; choose another name.")
+                                     .arg(ShownPath(path)));
+  return false;
 }
 
 void CDocuments::FileExport(CResultsView& view) {
-  QStringList filters;
-  const auto formats = view.ExportFormats();
-  for (const auto& [extension, name] : formats)
-    filters.append(QString("%1 (*.%2)").arg(name, extension));
-  QFileDialog dialog(m_window, QObject::tr("Export"),
-                     QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  dialog.setNameFilters(filters);
-  const auto follow = [&](const QString& filter) {
-    dialog.setDefaultSuffix(formats.at(std::max<qsizetype>(0, filters.indexOf(filter))).first);
-  };
-  QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, follow);
-  follow(filters.first());
-  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
-  const QString failure = view.ExportFile(PathBytes(dialog.selectedFiles().first()));
+  const QString path = ChooseTarget(QObject::tr("Export"), DocumentsFolder(), view.ExportFormats());
+  if (path.isEmpty()) return;
+  const QString failure = view.ExportFile(PathBytes(path));
   if (!failure.isEmpty()) Tell(QObject::tr("Export failed"), failure);
+}
+
+QString CDocuments::ChooseTarget(const QString& title, const QString& start,
+                                 const Formats& formats) {
+  QStringList filters;
+  for (const auto& [extension, name] : formats) filters.append(Filter(extension, name));
+  QFileDialog dialog(m_window, title, QFileInfo(start).isDir() ? start : QFileInfo(start).path());
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setFileMode(QFileDialog::AnyFile);
+  // The dialog knows no extension behind a point in the name ("2024.holiday"), and would ask about
+  // another file than the one that is written.
+  dialog.setOption(QFileDialog::DontConfirmOverwrite);
+  dialog.setNameFilters(filters);
+  if (!QFileInfo(start).isDir()) dialog.selectFile(QFileInfo(start).fileName());
+  while (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty()) {
+    const qsizetype format = filters.indexOf(dialog.selectedNameFilter());
+    const QString suffix = '.' + formats.at(std::max<qsizetype>(0, format)).first;
+    QString path = dialog.selectedFiles().first();
+    if (!path.endsWith(suffix)) path += suffix;
+    if (!QFileInfo::exists(path) || MayReplace(path)) return path;
+  }
+  return {};
+}
+
+bool CDocuments::MayReplace(const QString& path) {
+  QMessageBox box(QMessageBox::Warning, QObject::tr("Replace file"),
+                  QObject::tr("“%1” exists already. Replace it?").arg(QFileInfo(path).fileName()),
+                  QMessageBox::Cancel, m_window);
+  box.setTextFormat(Qt::PlainText);
+  box.setInformativeText(QObject::tr("What is in the file now will be lost."));
+  QPushButton* replace = box.addButton(QObject::tr("Replace"), QMessageBox::AcceptRole);
+  box.setDefaultButton(replace);
+  box.exec();
+  return box.clickedButton() == replace;
 }
 
 void CDocuments::Tell(const QString& title, const QString& text) {

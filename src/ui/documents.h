@@ -2,9 +2,11 @@
 // thread.
 #pragma once
 
+#include <QList>
+#include <QPair>
+#include <QString>
 #include <string>
 
-class QString;
 class QWidget;
 
 namespace quill {
@@ -22,14 +24,23 @@ class CDocuments {
   void FileSaveAs();
   // The results of one tab as text.
   void FileExport(CResultsView& view);
-  // Without a dialog.
+  // Without a dialog. A file that cannot be opened leaves the tables as they were, after an alert.
   void Open(const std::string& path);
 
   // The results file last opened or saved; empty before that.
   [[nodiscard]] const std::string& OpenedFile() const { return _openedFile; }
 
  private:
-  void Save(const std::string& path);
+  // Extension and name, as CResultsView gives them.
+  using Formats = QList<QPair<QString, QString>>;
+
+  // Asks for a file to write in one of the formats; the answer has the format's extension. Whether
+  // a file may be replaced is asked about that very name. Empty when cancelled.
+  [[nodiscard]] QString ChooseTarget(const QString& title, const QString& start,
+                                     const Formats& formats);
+  [[nodiscard]] bool MayReplace(const QString& path);
+  // False after a message when the file is none of ours, as after an open that failed.
+  [[nodiscard]] bool MayWrite(const std::string& path);
   void Tell(const QString& title, const QString& text);
 
   QWidget* const m_window;

@@ -2,7 +2,6 @@
 
 #include <QDialog>
 #include <QDialogButtonBox>
-#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QLabel>
@@ -22,6 +21,7 @@ namespace quill {
 namespace {
 
 constexpr int kAppearsAfterMs = 400;
+constexpr int kNameWidth = 440;
 
 }  // namespace
 
@@ -33,9 +33,12 @@ class CWindowQuestions::Progress {
       : m_dialog(window), m_bar(new QProgressBar), m_name(new QLabel), m_buttons(Buttons()) {
     m_dialog.setWindowTitle(QObject::tr("Working on files"));
     m_dialog.setWindowModality(Qt::WindowModal);
-    m_dialog.setMinimumWidth(460);
+    m_dialog.setMinimumWidth(kNameWidth + 40);
     auto* layout = new QVBoxLayout(&m_dialog);
     m_name->setTextFormat(Qt::PlainText);
+    // A long name does not widen the dialog, nor a short one narrow it.
+    m_name->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    m_bar->setFormat(QObject::tr("%v of %m"));
     layout->addWidget(m_name);
     layout->addWidget(m_bar);
     layout->addWidget(m_buttons);
@@ -58,7 +61,7 @@ class CWindowQuestions::Progress {
     if (m_stopped) return false;
     m_bar->setRange(0, static_cast<int>(count));
     m_bar->setValue(static_cast<int>(index));
-    m_name->setText(m_name->fontMetrics().elidedText(path, Qt::ElideMiddle, 440));
+    m_name->setText(m_name->fontMetrics().elidedText(path, Qt::ElideMiddle, kNameWidth));
     std::atomic<bool> done = false;
     std::thread worker([&] {
       work();
@@ -72,16 +75,16 @@ class CWindowQuestions::Progress {
     worker.join();
     return true;
   }
+  void Stop() {
+    m_stopped = true;
+    m_buttons->setEnabled(false);
+  }
 
  private:
   static QDialogButtonBox* Buttons() {
     auto* buttons = new QDialogButtonBox;
     buttons->addButton(QObject::tr("Stop"), QDialogButtonBox::RejectRole);
     return buttons;
-  }
-  void Stop() {
-    m_stopped = true;
-    m_buttons->setEnabled(false);
   }
 
   QDialog m_dialog;
@@ -104,6 +107,12 @@ bool CWindowQuestions::Confirm(const std::string& title, const std::string& text
   box.setTextFormat(Qt::PlainText);
   box.setDefaultButton(QMessageBox::Yes);
   box.setEscapeButton(QMessageBox::No);
+  // The words of the buttons are settled; what "Yes" will do is said to who points at it or hears
+  // it.
+  box.button(QMessageBox::Yes)->setText(QObject::tr("&Yes"));
+  box.button(QMessageBox::No)->setText(QObject::tr("&No"));
+  box.button(QMessageBox::Yes)->setToolTip(QString::fromStdString(title));
+  box.button(QMessageBox::Yes)->setAccessibleDescription(QString::fromStdString(title));
   return box.exec() == QMessageBox::Yes;
 }
 
@@ -123,8 +132,18 @@ bool CWindowQuestions::Perform(const std::string& path, size_t index, size_t cou
   return m_progress->Perform(ShownPath(path), index, count, work);
 }
 
+void CWindowQuestions::StopAndClose() {
+  m_closes = true;
+  if (m_progress) m_progress->Stop();
+}
+
 void CWindowQuestions::Finished(const std::vector<std::string>& failures) {
   m_progress.reset();
+  if (m_closes) {
+    // From the event loop, so that the tables have followed by then.
+    QMetaObject::invokeMethod(m_window, &QWidget::close, Qt::QueuedConnection);
+    return;
+  }
   if (failures.empty()) return;
   QDialog dialog(m_window);
   dialog.setWindowTitle(QObject::tr("Not everything could be done"));

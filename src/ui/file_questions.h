@@ -24,10 +24,17 @@ class CWindowQuestions : public CFileQuestions {
                              const std::function<void()>& work) override;
   void Finished(const std::vector<std::string>& failures) override;
 
+  // Whether a list of files is on its way.
+  [[nodiscard]] bool IsWorking() const { return m_progress != nullptr; }
+  // No further file is handled, and the window is closed when the present one is done: the end of
+  // the session cannot wait for a person.
+  void StopAndClose();
+
  private:
   class Progress;
   QWidget* m_window;
   std::unique_ptr<Progress> m_progress;
+  bool m_closes = false;
 };
 
 }  // namespace quill
