@@ -4,19 +4,28 @@
 #include <QMessageBox>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "platform/data_session.h"
 #include "platform/instance_link.h"
 #include "platform/qt_main_queue.h"
 #include "platform/signal_watch.h"
-#include "ui/icons.h"
 #include "ui/main_window.h"
 #include "ui/path_text.h"
 
 namespace {
 
-constexpr const char* kDesktopFile = "org.quillmarsh.Quillmarsh";
+constexpr const char* kIdentifier = "org.quillmarsh.Quillmarsh";
+constexpr const char* kUsage =
+    "quillmarsh [--data-dir DIR] [FILE.quillmarsh]\n"
+    "  Opens the window, and the results file in it. A window that is open already over the same\n"
+    "  data folder comes forward.\n"
+    "  --data-dir DIR   keep settings, cache, results and logs in DIR\n"
+    "  --version        print the version\n"
+    "quillmarsh-cli is the same program for terminals and scripts.\n";
 
 int Fail(const QString& text) {
   QMessageBox box(QMessageBox::Critical, "Quillmarsh", text, QMessageBox::Close);
@@ -25,56 +34,75 @@ int Fail(const QString& text) {
   return 1;
 }
 
+// What can be said without a display. -1 to go on.
+int SayAndEnd(int argc, char** argv) {
+  bool hasPlatform = std::getenv("QT_QPA_PLATFORM") != nullptr;
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view word = argv[i];
+    if (word == "--help" || word == "-h") return std::fputs(kUsage, stdout) < 0;
+    if (word == "--version" || word == "-v")
+      return std::fputs("quillmarsh " QUILLMARSH_VERSION "\n", stdout) < 0;
+    hasPlatform = hasPlatform || word == "-platform" || word == "--platform";
+  }
+  if (hasPlatform || std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY")) return -1;
+  std::fputs("quillmarsh: there is no display here; quillmarsh-cli works without one\n", stderr);
+  return 1;
+}
+
+std::string AbsolutePath(const QString& word) {
+  return quill::PathBytes(QFileInfo(word).absoluteFilePath());
+}
+
+// The data folder is taken: by a window, which comes forward, or by the command line.
+int HandOver(const quill::CInstanceLink& link, const std::string& file, const std::string& folder) {
+  if (link.Call(file)) return 0;
+  return Fail(QObject::tr("Another Quillmarsh is using\n%1\nand shows no window: a scan on the "
+                          "command line, or one that is just ending. Wait for it, then start "
+                          "again.")
+                  .arg(quill::ShownPath(folder)));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A decoder that dies must not end the program through a write to its pipe.
+  // A dead decoder process must not end this one through a write on its pipe.
   std::signal(SIGPIPE, SIG_IGN);
+  if (const int said = SayAndEnd(argc, argv); said >= 0) return said;
+
   QApplication application(argc, argv);
   QApplication::setApplicationName("Quillmarsh");
   QApplication::setApplicationVersion(QUILLMARSH_VERSION);
-  QApplication::setDesktopFileName(kDesktopFile);
-  QApplication::setWindowIcon(QIcon::fromTheme(kDesktopFile, QIcon(":/icons/quillmarsh.svg")));
+  QApplication::setDesktopFileName(kIdentifier);
+  QApplication::setWindowIcon(QIcon(QString(":/%1.svg").arg(kIdentifier)));
 
   QCommandLineParser parser;
-  parser.setApplicationDescription(
-      QObject::tr("Finds duplicate audio and image files and rates the quality of audio files."));
-  parser.addHelpOption();
-  parser.addVersionOption();
-  const QCommandLineOption dataDir("data-dir",
-                                   QObject::tr("Keep settings, cache, results and logs in DIR."),
-                                   QObject::tr("DIR"));
+  const QCommandLineOption dataDir("data-dir", QString(), "DIR");
   parser.addOption(dataDir);
-  parser.addPositionalArgument("file", QObject::tr("Results file to open."), "[file]");
-  parser.process(application);
-  std::string file;
-  if (!parser.positionalArguments().isEmpty())
-    file = quill::PathBytes(QFileInfo(parser.positionalArguments().first()).absoluteFilePath());
-
-  using quill::CUserFolders;
-  const CUserFolders folders = parser.isSet(dataDir)
-                                   ? CUserFolders::Under(quill::PathBytes(
-                                         QFileInfo(parser.value(dataDir)).absoluteFilePath()))
-                                   : CUserFolders::ByEnvironment();
-  quill::CDataSession session;
-  quill::CInstanceLink link(folders.support);
-  switch (session.Open(folders)) {
-    case quill::CDataLock::Result::kTaken:
-      if (link.Call(file)) return 0;
-      return Fail(QObject::tr("A scan of the command line is using\n%1\nWait for it to end, then "
-                              "start again.")
-                      .arg(quill::ShownPath(folders.support)));
-    case quill::CDataLock::Result::kFailed:
-      return Fail(QObject::tr("Cannot write in the data folder\n%1\n%2")
-                      .arg(quill::ShownPath(folders.support), std::strerror(errno)));
-    case quill::CDataLock::Result::kLocked:
-      break;
+  const QStringList words =
+      parser.parse(QApplication::arguments()) ? parser.positionalArguments() : QStringList();
+  if (!parser.errorText().isEmpty() || words.size() > 1) {
+    std::fputs(kUsage, stderr);
+    return 2;
   }
+  const std::string file = words.isEmpty() ? std::string() : AbsolutePath(words.first());
+  const quill::CUserFolders folders =
+      parser.isSet(dataDir) ? quill::CUserFolders::Under(AbsolutePath(parser.value(dataDir)))
+                            : quill::CUserFolders::ByEnvironment();
+
+  quill::CDataSession session;
+  const quill::CDataLock::Result locked = session.Open(folders);
+  if (locked == quill::CDataLock::Result::kFailed) {
+    return Fail(QObject::tr("Cannot write in the data folder\n%1\n%2")
+                    .arg(quill::ShownPath(folders.support), std::strerror(errno)));
+  }
+  quill::CInstanceLink link(folders.support);
+  if (locked == quill::CDataLock::Result::kTaken) return HandOver(link, file, folders.support);
+  // Before the window, which takes its time over a big cache.
+  link.Listen();
 
   quill::CQtMainQueue queue;
   quill::TDXMainWindow window(queue);
   link.m_called = [&](const std::string& path) { window.BringForward(path); };
-  link.Listen();
   const quill::CSignalWatch signalWatch([&] { window.close(); });
   QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                    [&] { window.close(); });

@@ -11,10 +11,13 @@
 #include <QMimeData>
 #include <QSignalBlocker>
 #include <QStackedWidget>
+#include <QTableView>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <filesystem>
 
 #include "core/configuration.h"
+#include "decoding/process_link.h"
 #include "platform/attention.h"
 #include "ui/audio_analysis_view.h"
 #include "ui/audio_dups_view.h"
@@ -32,6 +35,8 @@ namespace quill {
 namespace {
 
 constexpr int kTickMs = 200;
+// A window that is not drawn at once, as when it starts minimised, goes on without that.
+constexpr int kRestoreWithinMs = 500;
 constexpr QSize kFirstSize(1100, 700);
 constexpr ResultsTab kTabs[] = {ResultsTab::kFolders, ResultsTab::kAudioDups,
                                 ResultsTab::kImageDups, ResultsTab::kAudioAnalysis};
@@ -61,9 +66,13 @@ void SaveBytes(const char* key, const QByteArray& bytes) {
 QString DraggedResults(const QMimeData* data) {
   for (const QUrl& url : data->urls()) {
     const QString path = url.toLocalFile();
-    if (path.endsWith(".quillmarsh")) return path;
+    if (path.endsWith(".quillmarsh", Qt::CaseInsensitive)) return path;
   }
   return {};
+}
+
+QString Counted(uint32_t count, const QString& one, const QString& many) {
+  return QString("%L1 %2").arg(count).arg(count == 1 ? one : many);
 }
 
 }  // namespace
@@ -71,12 +80,14 @@ QString DraggedResults(const QMimeData* data) {
 TDXMainWindow::TDXMainWindow(CMainQueue& queue)
     : m_questions(this),
       m_files(m_disk, m_questions),
-      m_delegate(std::make_unique<TDXAppDelegate>(queue, *this)),
+      m_delegate(std::make_unique<TDXAppDelegate>(queue, static_cast<CFrontEnd&>(*this))),
       m_documents(std::make_unique<CDocuments>(this, *m_delegate)) {
   setWindowTitle("Quillmarsh");
   setAcceptDrops(true);
   resize(kFirstSize);
   connect(&m_timer, &QTimer::timeout, this, [this] { m_delegate->TimerUpdate(); });
+  m_restore.setSingleShot(true);
+  connect(&m_restore, &QTimer::timeout, this, &TDXMainWindow::Restore);
 
   m_folders = new TDXFoldersView(*m_delegate);
   m_views[Index(ResultsTab::kAudioDups)] = new TDXAudioDupsView(*m_delegate, m_files);
@@ -112,6 +123,7 @@ TDXMainWindow::~TDXMainWindow() {
   // call and are told nothing after it.
   m_delegate->ApplicationWillTerminate();
   // They go before the controllers that they show.
+  delete m_preferences;
   delete takeCentralWidget();
   m_folders = nullptr;
   m_views.fill(nullptr);
@@ -119,17 +131,43 @@ TDXMainWindow::~TDXMainWindow() {
 }
 
 void TDXMainWindow::Start(const std::string& resultsFile) {
+  m_startFile = resultsFile;
   m_folders->LoadList();
   RestoreLayout();
-  show();
   m_delegate->AwakeFromNib();
-  UpdateActions();
-  // After the first sight of the window, so that long results do not delay it.
-  QTimer::singleShot(0, this, [this, resultsFile] {
-    m_delegate->RestoreAutosave();
-    if (!resultsFile.empty()) m_documents->Open(resultsFile);
-    UpdateActions();
-  });
+  UpdateAllActions();
+  m_restore.start(kRestoreWithinMs);
+  show();
+}
+
+void TDXMainWindow::paintEvent(QPaintEvent* event) {
+  QMainWindow::paintEvent(event);
+  // Long results do not delay the first sight of the window.
+  if (m_restore.isActive()) m_restore.start(0);
+}
+
+void TDXMainWindow::Restore() {
+  m_delegate->RestoreAutosave();
+  if (!m_startFile.empty()) m_documents->Open(m_startFile);
+  UpdateAllActions();
+  TellTroubles();
+}
+
+void TDXMainWindow::TellTroubles() {
+  std::error_code fault;
+  const std::string decoder = CProcessLink::OwnDecoder();
+  if (!std::filesystem::is_regular_file(decoder, fault)) {
+    ShowAlert("Error", tr("The program that reads media files is missing, so scans find nothing:\n"
+                          "%1\nInstall Quillmarsh again.")
+                           .arg(ShownPath(decoder))
+                           .toStdString());
+  }
+  if (!m_delegate->CacheLoaded()) {
+    ShowAlert("Error", tr("The cache in\n%1\ncannot be used. Scans work, but the next one will "
+                          "read all files again.")
+                           .arg(ShownPath(CConfiguration::Instance().ApplicationSupportPath()))
+                           .toStdString());
+  }
 }
 
 void TDXMainWindow::BringForward(const std::string& resultsFile) {
@@ -137,15 +175,23 @@ void TDXMainWindow::BringForward(const std::string& resultsFile) {
   show();
   raise();
   activateWindow();
-  if (!resultsFile.empty()) m_documents->Open(resultsFile);
-  UpdateActions();
+  if (resultsFile.empty()) return;
+  // A restore that comes later would leave the file's results alone.
+  m_documents->Open(resultsFile);
+  UpdateAllActions();
 }
 
 void TDXMainWindow::closeEvent(QCloseEvent* event) {
+  if (m_questions.IsWorking()) {
+    m_questions.StopAndClose();
+    event->ignore();
+    return;
+  }
   SaveLayout();
   if (m_preferences) m_preferences->close();
-  QMainWindow::closeEvent(event);
-  QApplication::quit();
+  event->accept();
+  // Also out of dialogs that are open: none of them can hold up the end of a session.
+  QCoreApplication::exit(0);
 }
 
 void TDXMainWindow::dragEnterEvent(QDragEnterEvent* event) {
@@ -157,7 +203,7 @@ void TDXMainWindow::dropEvent(QDropEvent* event) {
   if (path.isEmpty()) return;
   event->acceptProposedAction();
   m_documents->Open(PathBytes(path));
-  UpdateActions();
+  UpdateAllActions();
 }
 
 bool TDXMainWindow::HasSelection() const {
@@ -176,8 +222,9 @@ void TDXMainWindow::SetTimer(bool on) {
 }
 
 void TDXMainWindow::ShowThreads(ScanButton button) {
-  m_button = button;
-  UpdateActions();
+  UpdateButton(button);
+  // An empty table says what it waits for.
+  UpdateAllActions();
 }
 
 void TDXMainWindow::ShowProgress(const ProgressDisplay& progress) {
@@ -201,11 +248,12 @@ bool TDXMainWindow::IsActive() const {
 void TDXMainWindow::RequestAttention() {
   QApplication::alert(this);
   const bool analysis = m_delegate->Mode() == ScanMode::kAnalysis;
-  const auto groups =
-      static_cast<int>(m_delegate->AudioDups().GroupCount() + m_delegate->ImageDups().GroupCount());
-  const auto rated = static_cast<int>(m_delegate->AudioAnalysis().RowCount());
-  Notify(tr("Scan finished"), analysis ? tr("%n file(s) analysed", nullptr, rated)
-                                       : tr("%n group(s) of duplicates", nullptr, groups));
+  const uint32_t groups =
+      m_delegate->AudioDups().GroupCount() + m_delegate->ImageDups().GroupCount();
+  const auto rated = static_cast<uint32_t>(m_delegate->AudioAnalysis().RowCount());
+  Notify(tr("Scan finished"),
+         analysis ? Counted(rated, tr("file rated"), tr("files rated"))
+                  : Counted(groups, tr("group of duplicates"), tr("groups of duplicates")));
 }
 
 void TDXMainWindow::ShowAlert(const std::string& title, const std::string& text) {
@@ -231,41 +279,51 @@ void TDXMainWindow::SwitchView(ResultsTab tab) {
   m_actionMenu->addActions(view ? view->MenuActions() : m_folders->MenuActions());
   if (view) view->ResultsTable()->setFocus();
   m_status->SetSummary(m_summaries[Index(tab)]);
-  UpdateActions();
+  UpdateAllActions();
 }
 
-void TDXMainWindow::UpdateActions() {
-  if (!m_folders || !m_actionMenu) return;
-  const bool duplicates = m_delegate->Mode() == ScanMode::kDuplicates;
+void TDXMainWindow::UpdateButton(ScanButton button) {
+  m_button = button;
   static constexpr struct {
     const char* icon;
     const char* text;
     const char* tip;
   } kButtons[] = {
-      {"scan-start", QT_TR_NOOP("Scan"), QT_TR_NOOP("Scan the chosen folders")},
-      {"scan-pause", QT_TR_NOOP("Pause"), QT_TR_NOOP("Hold the scan; it can be continued")},
-      {"scan-start", QT_TR_NOOP("Continue"), QT_TR_NOOP("Go on with the scan")}};
-  const auto& button = kButtons[static_cast<size_t>(m_button)];
-  if (m_start->text() != tr(button.text)) {
-    m_start->setIcon(Icon(button.icon));
-    m_start->setText(tr(button.text));
-    m_start->setToolTip(tr(button.tip));
-    m_start->setStatusTip(tr(button.tip));
-  }
-  const bool idle = m_button == ScanButton::kScan;
+      {"scan-start", QT_TR_NOOP("&Scan"), QT_TR_NOOP("Scan the chosen folders")},
+      {"scan-pause", QT_TR_NOOP("&Pause"), QT_TR_NOOP("Hold the scan; it can be continued")},
+      {"scan-start", QT_TR_NOOP("&Continue"), QT_TR_NOOP("Go on with the scan")}};
+  const auto& look = kButtons[static_cast<size_t>(button)];
+  if (m_start->text() == tr(look.text)) return;
+  m_start->setIcon(Icon(look.icon));
+  m_start->setText(tr(look.text));
+  SetTip(m_start, tr(look.tip));
+}
+
+void TDXMainWindow::UpdateActions() {
+  if (!m_folders || !m_actionMenu) return;
+  const bool duplicates = m_delegate->Mode() == ScanMode::kDuplicates;
   m_start->setEnabled(m_delegate->CanStart());
   m_stop->setEnabled(m_delegate->CanStop());
   m_findDuplicates->setEnabled(m_delegate->CanBegin());
   m_analyse->setEnabled(m_delegate->CanBegin());
   m_save->setEnabled(!m_documents->OpenedFile().empty());
   m_export->setEnabled(PresentView() != nullptr);
+  m_selectAll->setEnabled(PresentView() != nullptr);
   m_modeDuplicates->setChecked(duplicates);
   m_modeAnalyse->setChecked(!duplicates);
   {
     const QSignalBlocker quiet(m_mode);
     m_mode->setCurrentIndex(duplicates ? 0 : 1);
   }
-  m_mode->setEnabled(idle);
+  m_mode->setEnabled(m_button == ScanButton::kScan);
+}
+
+void TDXMainWindow::UpdateAllActions() {
+  if (!m_folders || !m_actionMenu) return;
+  UpdateActions();
+  SetTip(m_save, m_documents->OpenedFile().empty()
+                     ? tr("Write the results to the file they were last opened from or saved to")
+                     : tr("Write the results to “%1”").arg(ShownPath(m_documents->OpenedFile())));
   if (CResultsView* view = PresentView())
     view->UpdateActions();
   else

@@ -50,6 +50,7 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dropEvent(QDropEvent* event) override;
 
@@ -67,10 +68,14 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   void ShowAlert(const std::string& title, const std::string& text) override;
 
   // ---- making (main_window_parts.cpp)
-  // An action with its icon, shortcuts and the sentence that tooltip and status tip say.
-  QAction* MakeAction(const char* icon, const QString& text, const QString& tip,
+  // An action with its icon, shortcut and the sentence that its tooltip says; `name` is for who
+  // looks for it from outside.
+  QAction* MakeAction(const char* name, const char* icon, const QString& text, const QString& tip,
                       const QKeySequence& shortcut = {});
+  // The sentence and the keys.
+  static void SetTip(QAction* action, const QString& tip);
   void MakeActions();
+  void ConnectActions();
   void MakeMenus();
   void MakeToolbar();
 
@@ -78,8 +83,14 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   [[nodiscard]] ResultsTab PresentTab() const;
   // Null for the folder tab.
   [[nodiscard]] CResultsView* PresentView() const;
-  // Enables, ticks and names everything by the state of the delegate.
+  // Enables, ticks and names the window's own actions by the state of the delegate.
   void UpdateActions();
+  // The same, and those of the present tab.
+  void UpdateAllActions();
+  void UpdateButton(ScanButton button);
+  // Second half of the start, when the window is to be seen.
+  void Restore();
+  void TellTroubles();
   void UpdateSummary(ResultsTab tab, const QString& text);
   void ShowPreferences();
   void ShowAbout();
@@ -92,6 +103,8 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   std::unique_ptr<TDXAppDelegate> m_delegate;
   std::unique_ptr<CDocuments> m_documents;
   QTimer m_timer;
+  QTimer m_restore;
+  std::string m_startFile;  // to be opened after the restore
 
   QStackedWidget* m_tabs = nullptr;
   TDXFoldersView* m_folders = nullptr;
@@ -115,6 +128,7 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   QAction* m_analyse = nullptr;
   QAction* m_modeDuplicates = nullptr;
   QAction* m_modeAnalyse = nullptr;
+  QAction* m_selectAll = nullptr;
   QAction* m_about = nullptr;
   ScanButton m_button = ScanButton::kScan;
 };

@@ -5,7 +5,9 @@
 #include <QComboBox>
 #include <QMenuBar>
 #include <QSizePolicy>
+#include <QTableView>
 #include <QToolBar>
+#include <algorithm>
 
 #include "ui/documents.h"
 #include "ui/folders_view.h"
@@ -15,84 +17,99 @@
 
 namespace quill {
 
-QAction* TDXMainWindow::MakeAction(const char* icon, const QString& text, const QString& tip,
-                                   const QKeySequence& shortcut) {
+void TDXMainWindow::SetTip(QAction* action, const QString& tip) {
+  const QString keys = action->shortcut().toString(QKeySequence::NativeText);
+  action->setToolTip(keys.isEmpty() ? tip : QString("%1 (%2)").arg(tip, keys));
+}
+
+QAction* TDXMainWindow::MakeAction(const char* name, const char* icon, const QString& text,
+                                   const QString& tip, const QKeySequence& shortcut) {
   auto* action = new QAction(Icon(icon), text, this);
-  action->setToolTip(tip);
-  action->setStatusTip(tip);
+  action->setObjectName(name);
   action->setShortcut(shortcut);
+  SetTip(action, tip);
   return action;
 }
 
 void TDXMainWindow::MakeActions() {
-  m_open = MakeAction("document-open", tr("&Open Results…"), tr("Show the results of a saved file"),
-                      QKeySequence::Open);
-  m_save = MakeAction("document-save", tr("&Save Results"),
-                      tr("Write the results to the file they were last opened from or saved to"),
-                      QKeySequence::Save);
-  m_saveAs = MakeAction("document-save-as", tr("Save Results &As…"),
+  m_open = MakeAction("open", "document-open", tr("&Open Results…"),
+                      tr("Show the results of a saved file"), QKeySequence::Open);
+  m_save = MakeAction("save", "document-save", tr("&Save Results"), QString(), QKeySequence::Save);
+  m_saveAs = MakeAction("saveAs", "document-save-as", tr("Save Results &As…"),
                         tr("Write the results to a file of your choice"),
                         QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
-  m_export = MakeAction("document-export", tr("&Export…"),
+  m_export = MakeAction("export", "document-export", tr("&Export…"),
                         tr("Write this table to a text file for other programs"),
                         QKeySequence(Qt::CTRL | Qt::Key_E));
-  m_quit = MakeAction("application-exit", tr("&Quit"),
+  m_quit = MakeAction("quit", "application-exit", tr("&Quit"),
                       tr("End the program; the next start goes on where this one ends"),
                       QKeySequence(Qt::CTRL | Qt::Key_Q));
-  m_configure = MakeAction("configure", tr("&Preferences…"), tr("Change the settings"),
-                           QKeySequence(Qt::CTRL | Qt::Key_Comma));
-  m_start = MakeAction("scan-start", QString(), QString(), QKeySequence(Qt::Key_F5));
-  m_stop = MakeAction("scan-stop", tr("Stop"), tr("End the scan; what was found stays"),
+  m_selectAll = MakeAction("selectAll", "edit-select-all", tr("Select &All"),
+                           tr("Select all rows of the table"), QKeySequence::SelectAll);
+  m_configure = MakeAction("preferences", "configure", tr("&Preferences…"),
+                           tr("Change the settings"), QKeySequence(Qt::CTRL | Qt::Key_Comma));
+  m_start = MakeAction("scan", "scan-start", QString(), QString(), QKeySequence(Qt::Key_F5));
+  UpdateButton(ScanButton::kScan);
+  m_stop = MakeAction("stop", "scan-stop", tr("S&top"), tr("End the scan; what was found stays"),
                       QKeySequence(Qt::SHIFT | Qt::Key_F5));
   m_findDuplicates =
-      MakeAction("find-duplicates", tr("Find &Duplicates"),
+      MakeAction("findDuplicates", "find-duplicates", tr("Find &Duplicates"),
                  tr("Compare all files in the chosen folders"), QKeySequence(Qt::CTRL | Qt::Key_D));
-  m_analyse = MakeAction("tab-analysis", tr("Analyse &Quality"),
+  m_analyse = MakeAction("analyse", "tab-analysis", tr("Analyse &Quality"),
                          tr("Rate every audio file in the chosen folders"),
                          QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D));
-  m_modeDuplicates = new QAction(tr("Duplicates"), this);
-  m_modeAnalyse = new QAction(tr("Analyse"), this);
+  m_modeDuplicates = MakeAction("modeDuplicates", "find-duplicates", tr("&Duplicates"),
+                                tr("The scan button finds duplicates"));
+  m_modeAnalyse = MakeAction("modeAnalyse", "tab-analysis", tr("&Analyse"),
+                             tr("The scan button rates audio files"));
   auto* modes = new QActionGroup(this);
   for (QAction* mode : {m_modeDuplicates, m_modeAnalyse}) {
     mode->setCheckable(true);
     modes->addAction(mode);
   }
-  m_about = MakeAction("help-about", tr("&About Quillmarsh"), tr("Version and licence"));
+  m_about = MakeAction("about", "help-about", tr("&About Quillmarsh"), tr("Version and licence"));
 
   struct Tab {
+    const char* name;
     const char* icon;
     QString text, tip;
   };
   const Tab tabs[] = {
-      {"tab-folders", tr("Folders"), tr("Choose the folders to scan")},
-      {"tab-audio", tr("Audio"), tr("Audio files that are alike")},
-      {"tab-images", tr("Images"), tr("Pictures that are alike")},
-      {"tab-analysis", tr("Quality"), tr("Measured quality of audio files")},
+      {"tabFolders", "tab-folders", tr("&Folders"), tr("Choose the folders to scan")},
+      {"tabAudio", "tab-audio", tr("&Audio"), tr("Audio files that are alike")},
+      {"tabImages", "tab-images", tr("&Images"), tr("Pictures that are alike")},
+      {"tabAnalysis", "tab-analysis", tr("&Quality"), tr("Measured quality of audio files")},
   };
   m_tabActions = new QActionGroup(this);
   for (const Tab& tab : tabs) {
     const auto number = static_cast<int>(m_tabActions->actions().size());
-    QAction* action = MakeAction(tab.icon, tab.text, tab.tip,
+    QAction* action = MakeAction(tab.name, tab.icon, tab.text, tab.tip,
                                  QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + number)));
     action->setCheckable(true);
     m_tabActions->addAction(action);
     connect(action, &QAction::triggered, this,
             [this, number] { SwitchView(static_cast<ResultsTab>(number)); });
   }
+  ConnectActions();
+}
 
+void TDXMainWindow::ConnectActions() {
   connect(m_open, &QAction::triggered, this, [this] {
     m_documents->FileOpen();
-    UpdateActions();
+    UpdateAllActions();
   });
   connect(m_save, &QAction::triggered, this, [this] { m_documents->FileSave(); });
   connect(m_saveAs, &QAction::triggered, this, [this] {
     m_documents->FileSaveAs();
-    UpdateActions();
+    UpdateAllActions();
   });
   connect(m_export, &QAction::triggered, this, [this] {
     if (CResultsView* view = PresentView()) m_documents->FileExport(*view);
   });
   connect(m_quit, &QAction::triggered, this, [this] { close(); });
+  connect(m_selectAll, &QAction::triggered, this, [this] {
+    if (CResultsView* view = PresentView()) view->ResultsTable()->selectAll();
+  });
   connect(m_configure, &QAction::triggered, this, [this] { ShowPreferences(); });
   connect(m_start, &QAction::triggered, this, [this] { m_delegate->StartScan(); });
   connect(m_stop, &QAction::triggered, this, [this] { m_delegate->StopScan(); });
@@ -117,8 +134,9 @@ void TDXMainWindow::MakeMenus() {
   file->addSeparator();
   file->addAction(m_quit);
   QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+  edit->addAction(m_selectAll);
+  edit->addSeparator();
   edit->addAction(m_configure);
-  m_actionMenu = menuBar()->addMenu(tr("&Action"));
   QMenu* view = menuBar()->addMenu(tr("&View"));
   view->addActions(m_tabActions->actions());
   QMenu* scan = menuBar()->addMenu(tr("&Scan"));
@@ -126,12 +144,16 @@ void TDXMainWindow::MakeMenus() {
   scan->addSeparator();
   scan->addActions({m_findDuplicates, m_analyse});
   scan->addSeparator();
-  scan->addActions({m_modeDuplicates, m_modeAnalyse});
+  QMenu* mode = scan->addMenu(tr("&Mode"));
+  mode->addActions({m_modeDuplicates, m_modeAnalyse});
+  m_actionMenu = menuBar()->addMenu(tr("&Action"));
   QMenu* help = menuBar()->addMenu(tr("&Help"));
   help->addAction(m_about);
+  for (QMenu* menu : {file, edit, view, scan, mode, m_actionMenu, help})
+    menu->setToolTipsVisible(true);
   // What a menu offers is looked at again when it opens.
   for (const QMenu* menu : {file, m_actionMenu, scan})
-    connect(menu, &QMenu::aboutToShow, this, [this] { UpdateActions(); });
+    connect(menu, &QMenu::aboutToShow, this, [this] { UpdateAllActions(); });
 }
 
 void TDXMainWindow::MakeToolbar() {
@@ -157,6 +179,15 @@ void TDXMainWindow::MakeToolbar() {
   bar->addWidget(m_mode);
   bar->addActions({m_start, m_stop});
   addToolBar(bar);
+
+  // As wide as its widest text, so that nothing beside it moves.
+  QWidget* button = bar->widgetForAction(m_start);
+  int width = 0;
+  for (const ScanButton state : {ScanButton::kPause, ScanButton::kContinue, ScanButton::kScan}) {
+    UpdateButton(state);
+    width = std::max(width, button->sizeHint().width());
+  }
+  button->setMinimumWidth(width);
 }
 
 }  // namespace quill
