@@ -15,6 +15,7 @@
 
 #include "ui/group_strip.h"
 #include "ui/readable_color.h"
+#include "ui/row_selection.h"
 #include "ui/score_cell.h"
 
 namespace quill {
@@ -29,8 +30,11 @@ constexpr QSize kTriangleBox(10, 14);
 }  // namespace
 
 TDXTableView::TDXTableView(CResultsModel& model, QWidget* parent)
-    : QTableView(parent), m_rows(model) {
+    : QTableView(parent), m_rows(model), m_selection(new CRowSelection(&model, this)) {
   setModel(&model);
+  QItemSelectionModel* unused = selectionModel();
+  setSelectionModel(m_selection);
+  delete unused;
   setSelectionBehavior(SelectRows);
   setSelectionMode(ExtendedSelection);
   setEditTriggers(NoEditTriggers);
@@ -84,41 +88,30 @@ void TDXTableView::SetHint(std::function<QString()> hint) {
 
 // ---- selection
 
+size_t TDXTableView::SelectedCount() const {
+  return m_selection->Count();
+}
+
 std::vector<int32_t> TDXTableView::SelectedRows() const {
   std::vector<int32_t> rows;
-  rows.reserve(m_selectedCount);
-  for (size_t row = 0; row < m_selected.size() && rows.size() < m_selectedCount; ++row) {
-    if (m_selected[row]) rows.push_back(static_cast<int32_t>(row));
+  rows.reserve(m_selection->Count());
+  const std::vector<uint8_t>& flags = m_selection->Flags();
+  for (size_t row = 0; row < flags.size() && rows.size() < m_selection->Count(); ++row) {
+    if (flags[row]) rows.push_back(static_cast<int32_t>(row));
   }
   return rows;
 }
 
 int32_t TDXTableView::LeadingRow() const {
   const int current = currentIndex().row();
-  if (current >= 0 && static_cast<size_t>(current) < m_selected.size() &&
-      m_selected[static_cast<size_t>(current)]) {
-    return current;
-  }
-  const auto first = std::find(m_selected.begin(), m_selected.end(), 1);
-  return first == m_selected.end() ? -1 : static_cast<int32_t>(first - m_selected.begin());
-}
-
-void TDXTableView::SetSelected(const QItemSelection& ranges, bool selected) {
-  m_selected.resize(static_cast<size_t>(m_rows.rowCount()));
-  for (const QItemSelectionRange& range : ranges) {
-    for (int row = std::max(0, range.top()); row <= range.bottom(); ++row) {
-      uint8_t& flag = m_selected[static_cast<size_t>(row)];
-      if (flag == uint8_t{selected}) continue;
-      flag = uint8_t{selected};
-      selected ? ++m_selectedCount : --m_selectedCount;
-    }
-  }
+  if (current >= 0 && m_selection->Has(current)) return current;
+  const std::vector<uint8_t>& flags = m_selection->Flags();
+  const auto first = std::find(flags.begin(), flags.end(), 1);
+  return first == flags.end() ? -1 : static_cast<int32_t>(first - flags.begin());
 }
 
 void TDXTableView::selectionChanged(const QItemSelection& selected,
                                     const QItemSelection& deselected) {
-  SetSelected(deselected, false);
-  SetSelected(selected, true);
   QTableView::selectionChanged(selected, deselected);
   viewport()->update();
   emit SelectedCountChanged();
@@ -129,21 +122,7 @@ void TDXTableView::currentChanged(const QModelIndex& current, const QModelIndex&
   viewport()->update();  // the focus frame goes around the whole row
 }
 
-void TDXTableView::SelectRanges(const std::vector<RowRange>& ranges) {
-  QItemSelection selection;
-  selection.reserve(static_cast<int>(ranges.size()));
-  const int last = m_rows.columnCount() - 1;
-  for (const RowRange& range : ranges) {
-    selection.append(
-        QItemSelectionRange(m_rows.index(range.first, 0), m_rows.index(range.last, last)));
-    for (int row = range.first; row <= range.last; ++row) m_selected[static_cast<size_t>(row)] = 1;
-    m_selectedCount += static_cast<size_t>(range.last - range.first + 1);
-  }
-  selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
-}
-
 void TDXTableView::RememberRows() {
-  m_selected.resize(m_rows.Keys().size());
   const auto visible = [this](int row) {
     const int top = rowViewportPosition(row);
     return top >= 0 && top < viewport()->height();
@@ -154,9 +133,9 @@ void TDXTableView::RememberRows() {
   // touched shows its beginning.
   const int scroll = verticalScrollBar()->value();
   const int anchor = currentVisible ? current : scroll > 0 ? rowAt(0) : -1;
-  m_kept.emplace(Kept{CRowMemory(m_rows.Keys(), m_selected, current, anchor),
+  m_kept.emplace(Kept{CRowMemory(m_rows.Keys(), m_selection->Flags(), current, anchor),
                       anchor >= 0 ? rowViewportPosition(anchor) : 0, scroll, current,
-                      currentVisible, std::max(0, currentIndex().column()), m_selectedCount});
+                      currentVisible, std::max(0, currentIndex().column()), m_selection->Count()});
 }
 
 void TDXTableView::RestoreRows() {
@@ -165,19 +144,11 @@ void TDXTableView::RestoreRows() {
   m_kept.reset();
   const int rows = m_rows.rowCount();
   const CRowMemory::Found found = kept.memory.FindIn(m_rows.Keys());
-  m_selected.assign(static_cast<size_t>(rows), 0);
-  m_selectedCount = 0;
-  {
-    // The views need not hear of what looks the same to the user, and must not scroll to it.
-    const QSignalBlocker quiet(selectionModel());
-    SelectRanges(found.selected);
-    int current = found.current;
-    if (current < 0 && kept.current >= 0) current = std::min(kept.current, rows - 1);
-    if (current >= 0) {
-      selectionModel()->setCurrentIndex(m_rows.index(current, kept.currentColumn),
-                                        QItemSelectionModel::NoUpdate);
-    }
-  }
+  int current = found.current;
+  if (current < 0 && kept.current >= 0) current = std::min(kept.current, rows - 1);
+  // The views need not hear of what looks the same to the user, and must not scroll to it.
+  m_selection->Restore(found.selected,
+                       current < 0 ? QModelIndex() : m_rows.index(current, kept.currentColumn));
   updateGeometries();  // the scroll bar's range
   if (m_sorting) {
     verticalScrollBar()->setValue(kept.scroll);
@@ -188,7 +159,7 @@ void TDXTableView::RestoreRows() {
     verticalScrollBar()->setValue(kept.scroll);
   }
   viewport()->update();
-  if (m_selectedCount != kept.selectedCount) emit SelectedCountChanged();
+  if (m_selection->Count() != kept.selectedCount) emit SelectedCountChanged();
 }
 
 // ---- columns
@@ -398,13 +369,13 @@ class TDXTableView::Painting {
   }
 
   void DrawRow(int row) {
-    const bool selected = m_view.m_selected[static_cast<size_t>(row)];
+    const bool selected = m_view.m_selection->Has(row);
     bool expanded = false;
     const bool outer = m_rows.IsOuter(row, &expanded);
     const QColor ground = selected ? m_view.palette().color(m_group, QPalette::Highlight)
                           : m_rows.HasGroups() ? Ground(m_rows.GroupAt(row).number)
                                                : m_base;
-    const QColor red = ReadableOn(ground, kRedText);
+    QColor red;
     const QHeaderView* header = m_view.horizontalHeader();
     int left = INT_MAX, right = 0;
     for (int visual = 0; visual < header->count(); ++visual) {
@@ -430,6 +401,7 @@ class TDXTableView::Painting {
         cell.fontMetrics = QFontMetrics(cell.font);
       }
       if (index.data(CResultsModel::kRedRole).toBool()) {
+        if (!red.isValid()) red = ReadableOn(ground, kRedText);
         cell.palette.setColor(QPalette::Text, red);
         cell.palette.setColor(QPalette::HighlightedText, red);
       }
@@ -445,9 +417,11 @@ class TDXTableView::Painting {
   void DrawCell(const QRect& whole, const QStyleOptionViewItem& cell, const QModelIndex& index) {
     QStyleOptionViewItem panel = cell;
     panel.rect = whole;
-    m_view.style()->drawPrimitive(QStyle::PE_PanelItemViewRow, &panel, &m_painter, &m_view);
+    if (cell.features & QStyleOptionViewItem::Alternate) {
+      m_view.style()->drawPrimitive(QStyle::PE_PanelItemViewRow, &panel, &m_painter, &m_view);
+    }
     // The room for strip and triangle belongs to the cell.
-    if (whole != cell.rect) {
+    if (cell.state & QStyle::State_Selected && whole != cell.rect) {
       m_view.style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &panel, &m_painter, &m_view);
     }
     m_view.itemDelegateForIndex(index)->paint(&m_painter, cell, index);
@@ -469,7 +443,7 @@ class TDXTableView::Painting {
     const QRect place(m_left + (flat ? kFlatTriangle : kGroupedTriangle),
                       m_view.rowViewportPosition(row) + (m_view.rowHeight(row) - kTriangleSize) / 2,
                       kTriangleSize, kTriangleSize);
-    const bool selected = m_view.m_selected[static_cast<size_t>(row)];
+    const bool selected = m_view.m_selection->Has(row);
     QColor color =
         m_view.palette().color(m_group, selected ? QPalette::HighlightedText : QPalette::Text);
     color.setAlphaF(0.65F);
@@ -497,7 +471,6 @@ void TDXTableView::paintEvent(QPaintEvent* event) {
                      Qt::AlignCenter | Qt::TextWordWrap, m_hint());
     return;
   }
-  m_selected.resize(static_cast<size_t>(m_rows.rowCount()));
   Painting(*this, painter, event->rect()).Run();
 }
 
@@ -516,12 +489,22 @@ bool TDXTableView::event(QEvent* event) {
   return QTableView::event(event);
 }
 
+bool TDXTableView::viewportEvent(QEvent* event) {
+  const QEvent::Type type = event->type();
+  if (type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick ||
+      type == QEvent::ContextMenu) {
+    m_selection->CatchUp();
+  }
+  return QTableView::viewportEvent(event);
+}
+
 void TDXTableView::keyPressEvent(QKeyEvent* event) {
+  m_selection->CatchUp();
   if (event->modifiers() == Qt::NoModifier || event->modifiers() == Qt::KeypadModifier) {
     switch (event->key()) {
       case Qt::Key_Space:
         if (event->isAutoRepeat()) return;
-        if (!m_selectedCount && currentIndex().isValid()) {
+        if (!m_selection->Count() && currentIndex().isValid()) {
           selectionModel()->select(currentIndex(),
                                    QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
         }

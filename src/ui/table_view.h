@@ -17,6 +17,8 @@
 
 namespace quill {
 
+class CRowSelection;
+
 class TDXTableView : public QTableView {
   Q_OBJECT
 
@@ -32,7 +34,7 @@ class TDXTableView : public QTableView {
 
   // Rising; costs a look at every row.
   [[nodiscard]] std::vector<int32_t> SelectedRows() const;
-  [[nodiscard]] size_t SelectedCount() const { return m_selectedCount; }
+  [[nodiscard]] size_t SelectedCount() const;
   // The current row if it is selected, else the first selected one; -1 without any.
   [[nodiscard]] int32_t LeadingRow() const;
 
@@ -58,6 +60,7 @@ class TDXTableView : public QTableView {
 
  protected:
   bool event(QEvent* event) override;
+  bool viewportEvent(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
@@ -73,8 +76,6 @@ class TDXTableView : public QTableView {
   // Before and after a reset of the model.
   void RememberRows();
   void RestoreRows();
-  void SelectRanges(const std::vector<RowRange>& ranges);
-  void SetSelected(const QItemSelection& ranges, bool selected);
   void SortBy(int column, Qt::SortOrder order);
   void ShowSort();
 
@@ -91,10 +92,9 @@ class TDXTableView : public QTableView {
   [[nodiscard]] bool StepIntoGroup(bool right);
 
   CResultsModel& m_rows;
+  CRowSelection* m_selection;
   std::function<QString()> m_hint;
   QList<QAction*> m_columnActions;
-  std::vector<uint8_t> m_selected;  // by row: what the selection model says, found in no time
-  size_t m_selectedCount = 0;
   bool m_sorting = false;   // the reset in hand is a new order: rows move on purpose
   bool m_ownWidths = true;  // no layout of an earlier run: the first column takes what is left
   bool m_shown = false;
