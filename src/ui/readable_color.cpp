@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "ui/color_blend.h"
+
 namespace quill {
 
 namespace {
@@ -21,14 +23,6 @@ double Luminance(const QColor& color) {
 double Contrast(const QColor& a, const QColor& b) {
   const double x = Luminance(a), y = Luminance(b);
   return (std::max(x, y) + 0.05) / (std::min(x, y) + 0.05);
-}
-
-QColor Blend(const QColor& a, const QColor& b, double share) {
-  const auto mix = [share](float x, float y) {
-    return static_cast<float>(x + (y - x) * std::clamp(share, 0.0, 1.0));
-  };
-  return QColor::fromRgbF(mix(a.redF(), b.redF()), mix(a.greenF(), b.greenF()),
-                          mix(a.blueF(), b.blueF()), mix(a.alphaF(), b.alphaF()));
 }
 
 QColor ReadableOn(const QColor& background, const QColor& color) {

@@ -14,8 +14,6 @@ constexpr double kReadableContrast = 4.5;
 
 // Ratio of the relative luminances, from 1 to 21; the order does not matter.
 [[nodiscard]] double Contrast(const QColor& a, const QColor& b);
-// `a` where `share` is 0, `b` where it is 1.
-[[nodiscard]] QColor Blend(const QColor& a, const QColor& b, double share);
 // The colour itself where it reads on `background`, else moved as far as needed: away from the
 // background's own brightness, or the other way where only that gives enough contrast.
 [[nodiscard]] QColor ReadableOn(const QColor& background, const QColor& color);

@@ -1,40 +1,63 @@
 #include "ui/score_cell.h"
 
 #include <QApplication>
-#include <QLinearGradient>
 #include <QPainter>
-#include <QPainterPath>
+#include <QPixmap>
+#include <QPixmapCache>
 #include <algorithm>
 
+#include "ui/color_blend.h"
 #include "ui/readable_color.h"
 
 namespace quill {
 
 namespace {
 
-constexpr double kRadius = 3;
+constexpr int kRadius = 3;
 // The text of a score is a little smaller than the text of the table.
 constexpr double kTextScale = 11.5 / 13;
 
-void DrawBar(QPainter* painter, const QRectF& place, const ScoreBar& bar, const QPalette& palette) {
+// The empty bar. One size and colour serves all cells of a column, and drawing it anew for each
+// would be the dearest part of a cell.
+QPixmap Paper(const QSize& size, const QColor& paper, double pixelRatio) {
+  const QString key = QString::asprintf("score-paper %dx%d %08x %.2f", size.width(), size.height(),
+                                        paper.rgba(), pixelRatio);
+  QPixmap pixmap;
+  if (QPixmapCache::find(key, &pixmap)) return pixmap;
+  pixmap = QPixmap(size * pixelRatio);
+  pixmap.setDevicePixelRatio(pixelRatio);
+  pixmap.fill(Qt::transparent);
+  QPainter painter(&pixmap);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(Shade(paper, 0.4), 1));
+  painter.setBrush(paper);
+  painter.drawRoundedRect(QRectF(QPointF(), size).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+  painter.end();
+  QPixmapCache::insert(key, pixmap);
+  return pixmap;
+}
+
+void DrawBar(QPainter* painter, const QRect& place, const ScoreBar& bar, const QPalette& palette) {
   const QColor base = palette.color(QPalette::Base), text = palette.color(QPalette::Text);
   const QColor paper = IsDark(base) ? base : QColor(Qt::white);
   QColor color = BarColor(bar, paper);
   // On a light palette the text stands on the pale middle of the bar and reads well.
   if (IsDark(base)) color = ReadableOn(text, color);
 
-  QPainterPath outline;
-  outline.addRoundedRect(place, kRadius, kRadius);
-  painter->fillPath(outline, paper);
-  QRectF filled = place;
-  filled.setWidth(place.width() * std::min(1.0, static_cast<double>(bar.score)));
-  QPainterPath part;
-  part.addRect(filled);
-  QLinearGradient gradient(place.bottomLeft(), place.topLeft());
-  gradient.setColorAt(0, color);
-  gradient.setColorAt(1, Blend(color, paper, 0.75));
-  painter->fillPath(outline.intersected(part), gradient);
-  painter->strokePath(outline, QPen(Shade(paper, 0.4), 1));
+  painter->drawPixmap(place.topLeft(),
+                      Paper(place.size(), paper, painter->device()->devicePixelRatioF()));
+  // Line by line: a gradient brush makes a table of a thousand colours for every new score.
+  const QRect inside = place.adjusted(1, 1, -1, -1);
+  const int length = qRound(inside.width() * std::min(1.0, static_cast<double>(bar.score)));
+  const int lines = inside.height();
+  for (int line = 0; line < lines; ++line) {
+    // The round corners of the frame.
+    const int corner = std::max(0, kRadius - 2 - std::min(line, lines - 1 - line));
+    const int end = std::min(length, inside.width() - corner);
+    if (end <= corner) continue;
+    painter->fillRect(inside.left() + corner, inside.top() + line, end - corner, 1,
+                      Blend(color, paper, 0.75 * (lines - line - 0.5) / lines));
+  }
 }
 
 }  // namespace
@@ -52,15 +75,16 @@ void TDXScoreCell::paint(QPainter* painter, const QStyleOptionViewItem& option,
   QStyleOptionViewItem cell = option;
   initStyleOption(&cell, index);
   const QString text = cell.text;
-  const QStyle* style = cell.widget ? cell.widget->style() : QApplication::style();
-  style->drawPrimitive(QStyle::PE_PanelItemViewItem, &cell, painter, cell.widget);
+  if (cell.state & QStyle::State_Selected) {
+    const QStyle* style = cell.widget ? cell.widget->style() : QApplication::style();
+    style->drawPrimitive(QStyle::PE_PanelItemViewItem, &cell, painter, cell.widget);
+  }
   const QVariant score = index.data(CResultsModel::kScoreRole);
   if (!score.isValid()) return;
   const auto bar = score.value<ScoreBar>();
 
   painter->save();
-  painter->setRenderHint(QPainter::Antialiasing);
-  const QRectF frame = QRectF(cell.rect).adjusted(3, 1, -3, -1);
+  const QRect frame = cell.rect.adjusted(3, 1, -3, -1);
   QFont font = cell.font;
   font.setBold(false);
   if (bar.score >= 0) {
@@ -69,7 +93,7 @@ void TDXScoreCell::paint(QPainter* painter, const QStyleOptionViewItem& option,
                                                                    : QPalette::Disabled);
     // The text lies on the bar's own paper: neither selection nor mark reach it.
     if (cell.widget) active.setColor(QPalette::Text, cell.widget->palette().color(QPalette::Text));
-    DrawBar(painter, frame.adjusted(4.5, 2.5, -4.5, -2.5), bar, active);
+    DrawBar(painter, frame.adjusted(4, 2, -4, -2), bar, active);
     if (font.pointSizeF() > 0) font.setPointSizeF(font.pointSizeF() * kTextScale);
     painter->setPen(active.color(QPalette::Text));
   } else {
@@ -80,7 +104,7 @@ void TDXScoreCell::paint(QPainter* painter, const QStyleOptionViewItem& option,
   }
   painter->setFont(font);
   painter->drawText(frame, Qt::AlignCenter,
-                    QFontMetricsF(font).elidedText(text, Qt::ElideRight, frame.width()));
+                    QFontMetrics(font).elidedText(text, Qt::ElideRight, frame.width()));
   painter->restore();
 }
 
