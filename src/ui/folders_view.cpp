@@ -201,7 +201,6 @@ void TDXFoldersView::MakeActions() {
                            auto function) {
     auto* const action = new QAction(Icon(icon), text, this);
     action->setToolTip(tip);
-    action->setStatusTip(tip);
     connect(action, &QAction::triggered, this, function);
     return action;
   };
