@@ -4,9 +4,15 @@
 #pragma once
 
 #include <QWidget>
+#include <vector>
+
+class QListWidget;
+class QStackedWidget;
 
 namespace quill {
 
+class CDecodersPage;
+class CPreferencesPage;
 class TDXAppDelegate;
 
 class TDXPreferencesWindow : public QWidget {
@@ -19,6 +25,20 @@ class TDXPreferencesWindow : public QWidget {
  signals:
   // The decoder table has been stored; the settings are to be applied.
   void Closed();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void AddPage(const QString& title, const char* icon, CPreferencesPage* page);
+  void SwitchView(int page);
+  // So large that no page needs to scroll, where the screen allows.
+  void FitPages();
+
+  CDecodersPage* m_decoders;
+  std::vector<CPreferencesPage*> m_pages;  // in the order of the list
+  QListWidget* m_titles;
+  QStackedWidget* m_tabView;
 };
 
 }  // namespace quill
