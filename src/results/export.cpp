@@ -1,7 +1,6 @@
 #include "results/export.h"
 
 #include <array>
-#include <cstdio>
 #include <vector>
 
 #include "results/export_writer.h"
@@ -25,14 +24,12 @@ constexpr size_t kAnalysisColumns = 14;
 // One record as its HTML cells.
 using Cells = std::vector<std::string>;
 
-std::string Number(double value) {
-  std::array<char, 64> buffer;
-  std::snprintf(buffer.data(), buffer.size(), "%.4f", value);
-  return buffer.data();
+std::string Score(float value) {
+  return FixedText(static_cast<double>(value), 4);
 }
 
 std::string Percent(float score) {
-  return Number(static_cast<double>(score * 100.0F));
+  return Score(score * 100.0F);
 }
 
 // Held at 0 when it was not computed, unlike the other scores.
@@ -131,7 +128,7 @@ void PutAnalysisLine(CExportWriter& out, const CAudioAnalysisController::ItemDat
 
 // The rating as it is, where CSV has it in percent.
 Cells AnalysisCells(const CAudioAnalysisController::ItemData& item) {
-  Cells cells{item.base->path, Number(static_cast<double>(item.rating))};
+  Cells cells{item.base->path, Score(item.rating)};
   for (const AnalysisColumn& column : kAnalysisFields)
     cells.push_back(AnalysisText(column.field, item.base.Get()));
   return cells;

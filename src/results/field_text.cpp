@@ -1,9 +1,8 @@
 #include "results/field_text.h"
 
-#include <array>
+#include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 
 #include "results/format_text.h"
 #include "results/path_parts.h"
@@ -12,35 +11,43 @@ namespace quill {
 
 namespace {
 
-[[gnu::format(printf, 1, 2)]] std::string Formatted(const char* format, ...) {
-  std::array<char, 96> buffer;
-  va_list arguments;
-  va_start(arguments, format);
-  std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
-  va_end(arguments);
-  return buffer.data();
+// Not by printf: its decimal point follows the locale of the window's toolkit. Wide enough for the
+// largest float.
+std::string NumberText(double value, std::chars_format form, int precision) {
+  char buffer[64];
+  return {buffer, std::to_chars(buffer, buffer + sizeof buffer, value, form, precision).ptr};
+}
+
+// With zeros in front.
+std::string Padded(uint32_t value, size_t width) {
+  std::string text = std::to_string(value);
+  return text.insert(0, width - std::min(width, text.size()), '0');
 }
 
 }  // namespace
 
+std::string FixedText(double value, int decimals) {
+  return NumberText(value, std::chars_format::fixed, decimals);
+}
+
 std::string SizeText(uint64_t bytes) {
   const auto value = static_cast<double>(bytes);
-  if (bytes < 100000) return Formatted("%.2f KB", value / 1e3);
-  if (bytes < 100000000) return Formatted("%.2f MB", value / 1e6);
-  return Formatted("%.2f GB", value / 1e9);
+  if (bytes < 100000) return FixedText(value / 1e3, 2) + " KB";
+  if (bytes < 100000000) return FixedText(value / 1e6, 2) + " MB";
+  return FixedText(value / 1e9, 2) + " GB";
 }
 
 std::string BitrateText(uint32_t bitsPerSecond) {
   if (bitsPerSecond == 0) return "n/a";
   if (bitsPerSecond < 1000) return std::to_string(bitsPerSecond);
-  if (bitsPerSecond < 2000000) return Formatted("%.2f Kbit", bitsPerSecond * 1e-3);
-  return Formatted("%.2f Mbit", bitsPerSecond * 1e-6);
+  if (bitsPerSecond < 2000000) return FixedText(bitsPerSecond * 1e-3, 2) + " Kbit";
+  return FixedText(bitsPerSecond * 1e-6, 2) + " Mbit";
 }
 
 std::string DurationText(uint32_t durationMs) {
-  if (durationMs < 1000) return Formatted("0.%03u", durationMs);
+  if (durationMs < 1000) return "0." + Padded(durationMs, 3);
   const uint32_t seconds = durationMs / 1000;
-  return Formatted("%u:%02u", seconds / 60, seconds % 60);
+  return std::to_string(seconds / 60) + ":" + Padded(seconds % 60, 2);
 }
 
 std::string GroupedText(uint32_t value) {
@@ -55,21 +62,22 @@ const char* ChannelsText(uint8_t channels) {
 }
 
 std::string CountText(float value) {
-  return Formatted("%g", static_cast<double>(value));
+  return NumberText(static_cast<double>(value), std::chars_format::general, 6);
 }
 
 std::string LevelText(float value) {
-  return Formatted("%.6f", static_cast<double>(value));
+  return FixedText(static_cast<double>(value), 6);
 }
 
 std::string MinStepText(float value) {
-  if (value < 0.000001F) return Formatted("%.6e", static_cast<double>(value));
+  if (value < 0.000001F)
+    return NumberText(static_cast<double>(value), std::chars_format::scientific, 6);
   int bits = 1;
   while (!(static_cast<double>(value) > std::ldexp(0.55, 1 - bits))) {
     // Broken samples measure as no number, which is above nothing.
     if (++bits > 32) return LevelText(value);
   }
-  return LevelText(value) + Formatted(" (%d bit)", bits);
+  return LevelText(value) + " (" + std::to_string(bits) + " bit)";
 }
 
 std::string FrequencyText(float hertz) {

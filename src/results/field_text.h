@@ -10,6 +10,8 @@
 
 namespace quill {
 
+// With a point before the decimals. For values within the range of a float.
+[[nodiscard]] std::string FixedText(double value, int decimals);
 // "0.54 KB" below 100000 bytes, "0.10 MB" from there on, "0.10 GB" from 100000000 on.
 [[nodiscard]] std::string SizeText(uint64_t bytes);
 // "n/a" for 0, then bare bits, "128.00 Kbit" from 1000 on, "2.00 Mbit" from 2000000 on.

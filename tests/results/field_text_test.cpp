@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <cstdlib>
+#include <limits>
+
+#include "support/temp_folder.h"
+
 namespace quill {
 namespace {
 
@@ -38,10 +44,33 @@ TEST(FieldText, ByTable) {
       {MinStepText(1.0F / 32768), "0.000031 (16 bit)"},
       {MinStepText(1.0F / 8388608), "1.192093e-07"},
       {MinStepText(0), "0.000000e+00"},
+      {MinStepText(std::numeric_limits<float>::quiet_NaN()), "nan"},
+      {LevelText(-std::numeric_limits<float>::max()),
+       "-340282346638528859811704183484516925440.000000"},
       {FrequencyText(19876.5F), "19 876"},
       {FrequencyText(0.5F), ""},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(text, expected);
+}
+
+// The window's toolkit takes over the environment's locale, and with it printf's decimal point.
+TEST(FieldText, NumbersHaveAPointInEveryLocale) {
+  // A locale with a comma in the C library's own form: it need not be installed on the system.
+  static constexpr char kComma[] =
+      "\x14\x11\x03\x20\x06\0\0\0\x20\0\0\0\x22\0\0\0\x24\0\0\0\x28\0\0\0\x2c\0\0\0\x30\0\0\0"
+      ",\0.\0\x03\x03\0\0,\0\0\0.\0\0\0ANSI_X3.4-1968";
+  const test::CTempFolder folder;
+  test::WriteAll(folder / "comma/LC_NUMERIC", std::string_view(kComma, sizeof kComma));
+  ASSERT_EQ(setenv("LOCPATH", folder.Path().c_str(), 1), 0);
+  ASSERT_NE(std::setlocale(LC_NUMERIC, "comma"), nullptr);
+  unsetenv("LOCPATH");
+  const std::string decimalPoint = std::localeconv()->decimal_point;
+  const std::string texts = SizeText(1500) + BitrateText(1500) + BitrateText(2500000) +
+                            DurationText(500) + CountText(0.5F) + LevelText(0.5F) +
+                            MinStepText(0.25F) + MinStepText(0) + FixedText(0.5, 1);
+  std::setlocale(LC_NUMERIC, "C");
+  EXPECT_EQ(decimalPoint, ",");
+  EXPECT_EQ(texts, "1.50 KB1.50 Kbit2.50 Mbit0.5000.50.5000000.250000 (3 bit)0.000000e+000.5");
 }
 
 TEST(FieldText, ValuesTurnBadAtTheirLimits) {
