@@ -39,7 +39,7 @@ std::string PrecisePercent(float score) {
 
 bool BeginHtml(CExportWriter& out, size_t columns, std::span<const char* const> headings) {
   if (headings.size() != columns) {
-    out.Refuse("this table cannot be exported as HTML");
+    out.Refuse("this table has no HTML form");
     return false;
   }
   constexpr const char* kEnd = CExportWriter::kLineEnd;
@@ -85,7 +85,7 @@ void ExportPairs(CExportWriter& out, const Table& table, ExportKind kind, size_t
         [&](const typename Table::PairData& pair) { PutHtml(out, cellsOf(pair), &shaded); });
     EndHtml(out);
   } else {
-    out.Refuse("this table cannot be exported in this format");
+    out.Refuse("this table has no such form");
   }
 }
 
@@ -196,7 +196,7 @@ bool Export(const CAudioAnalysisController& table, const std::string& path, Expo
             std::span<const char* const> headings, std::string* failure) {
   CExportWriter out;
   if (!out.Open(path)) return out.Finish(failure);
-  if (kind == ExportKind::kM3u) out.Refuse("this table cannot be exported in this format");
+  if (kind == ExportKind::kM3u) out.Refuse("this table has no such form");
   const bool html = kind == ExportKind::kHtml && BeginHtml(out, kAnalysisColumns, headings);
   bool shaded = false;
   for (size_t row = 0; row < table.RowCount(); ++row) {

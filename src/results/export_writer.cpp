@@ -10,7 +10,7 @@ namespace quill {
 bool CExportWriter::Open(const std::string& path) {
   m_path = path;
   if (m_file.Open(path, CFile::kTruncate)) return true;
-  m_failure = "cannot create " + path + ": " + std::strerror(errno);
+  Fail("create", std::strerror(errno));
   return false;
 }
 
@@ -19,12 +19,17 @@ void CExportWriter::EndRecord() {
 }
 
 void CExportWriter::Flush() {
+  errno = 0;
   if (m_failure.empty() && !m_waiting.empty() &&
       !m_file.Write(m_waiting.data(), m_waiting.size())) {
-    m_failure = "cannot write " + m_path + ": " + std::strerror(errno);
-    CSystemError::Plain("Export", 1);
+    // The write that uses up the disk ends short, and gives no reason.
+    Fail("write", std::strerror(errno != 0 ? errno : ENOSPC));
   }
   m_waiting.clear();
+}
+
+void CExportWriter::Refuse(std::string_view reason) {
+  Fail("write", reason);
 }
 
 bool CExportWriter::Finish(std::string* failure) {
@@ -34,9 +39,9 @@ bool CExportWriter::Finish(std::string* failure) {
   return m_failure.empty();
 }
 
-void CExportWriter::Refuse(std::string_view reason) {
-  CSystemError::Plain("Export", 2);
-  if (m_failure.empty()) m_failure = std::string(reason);
+void CExportWriter::Fail(std::string_view action, std::string_view reason) {
+  CSystemError::Bool("Export", 1, false);
+  m_failure = "cannot " + std::string(action) + " " + m_path + ": " + std::string(reason);
 }
 
 }  // namespace quill

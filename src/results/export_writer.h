@@ -27,11 +27,12 @@ class CExportWriter {
   // Writes the rest and closes. False if anything has failed; `failure` (may be null) is told what,
   // for the user.
   [[nodiscard]] bool Finish(std::string* failure);
-  // A request that cannot be met: reported, and said as the reason.
+  // A request that cannot be met, before anything has been put out.
   void Refuse(std::string_view reason);
 
  private:
   void Flush();
+  void Fail(std::string_view action, std::string_view reason);
 
   std::string m_path;
   CFile m_file;

@@ -5,6 +5,8 @@
 #include <algorithm>
 
 #include "core/configuration.h"
+#include "storage/report_log.h"
+#include "storage/short_disk.h"
 #include "support/temp_folder.h"
 
 namespace quill {
@@ -121,7 +123,7 @@ TEST_F(ExportTest, PicturesAreForCsvOnly) {
   std::string failure;
   EXPECT_FALSE(Export(m_images, m_target, ExportKind::kHtml, ImageDupsHeadings(), &failure));
   EXPECT_EQ(test::ReadAll(m_target), "");
-  EXPECT_NE(failure, "");
+  EXPECT_EQ(failure, "cannot write " + m_target + ": this table has no HTML form");
   EXPECT_FALSE(Export(m_images, m_target, ExportKind::kM3u, {}));
   // With the fourth heading the writer would do it.
   const char* const headings[] = {"1", "2", "3", "4"};
@@ -163,7 +165,11 @@ TEST_F(ExportTest, KindsGoByTheExactExtension) {
 
 TEST_F(ExportTest, AFullDiskAndABadPlaceAreTold) {
   std::string failure;
-  EXPECT_FALSE(Export(m_audio, m_folder / "none/x.csv", ExportKind::kCsv, {}, &failure));
+  {
+    test::CReportLog log;
+    EXPECT_FALSE(Export(m_audio, m_folder / "none/x.csv", ExportKind::kCsv, {}, &failure));
+    EXPECT_EQ(log.Take(), "Export:1 ");
+  }
   EXPECT_EQ(failure, "cannot create " + m_folder / "none/x.csv" + ": No such file or directory");
   for (int i = 0; i < 2000; ++i)
     AddAnalysis("/a long path with a number " + std::to_string(i) + ".mp3");
@@ -174,6 +180,16 @@ TEST_F(ExportTest, AFullDiskAndABadPlaceAreTold) {
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2000);
   EXPECT_FALSE(Export(m_analysis, "/dev/full", ExportKind::kCsv, {}, &failure));
   EXPECT_EQ(failure, "cannot write /dev/full: No space left on device");
+
+  // A disk with room for part of it: what was written stays.
+  EXPECT_EQ(test::InChild([&] {
+              test::LimitFileSize(100000);
+              const bool written = Export(m_analysis, m_target, ExportKind::kCsv, {}, &failure);
+              if (written) return 1;
+              return failure == "cannot write " + m_target + ": No space left on device" ? 0 : 2;
+            }),
+            0);
+  EXPECT_EQ(test::ReadAll(m_target), text.substr(0, 100000));
 }
 
 }  // namespace
