@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 #include <utility>
 
 #include "core/configuration.h"
@@ -312,17 +313,24 @@ void CAudioAnalysisController::ChangePath(std::string_view oldPath, std::string_
                                           std::string_view title) {
   ItemData* item = m_items.Find(oldPath);
   if (!item || !ChangeJournaled(item, newPath, artist, album, title)) return;
-  switch (m_sort.column) {
-    case FieldId::kFile:
-    case FieldId::kFolder:
-    case FieldId::kFilename:
-    case FieldId::kArtist:
-    case FieldId::kTitle:
-    case FieldId::kAlbum:
-      return SortRows();
-    default:
-      return;
+  SortRowsIfSortedBy({FieldId::kFile, FieldId::kFolder, FieldId::kFilename, FieldId::kArtist,
+                      FieldId::kTitle, FieldId::kAlbum});
+}
+
+void CAudioAnalysisController::SwapPaths(std::string_view first, std::string_view second) {
+  // Both are looked up before either moves: an item alone would be found again at its new place.
+  const std::pair<ItemData*, std::string_view> moves[] = {{m_items.Find(first), second},
+                                                          {m_items.Find(second), first}};
+  for (const auto& [item, path] : moves) {
+    if (!item) continue;
+    const CRef<const AnalysisInfo> info = item->base;
+    std::ignore = ChangeJournaled(item, path, info->artist, info->album, info->title);
   }
+  SortRowsIfSortedBy({FieldId::kFile, FieldId::kFolder, FieldId::kFilename});
+}
+
+void CAudioAnalysisController::SortRowsIfSortedBy(std::initializer_list<FieldId> columns) {
+  if (std::find(columns.begin(), columns.end(), m_sort.column) != columns.end()) SortRows();
 }
 
 void CAudioAnalysisController::Clear() {

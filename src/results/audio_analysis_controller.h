@@ -8,6 +8,7 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <list>
 #include <string>
 #include <string_view>
@@ -81,10 +82,11 @@ class CAudioAnalysisController : public CAnalysisSink,
   bool ActOnMarked(const FilesCallback& callback);
 
   // CPartnerTable: what the duplicates table does to files. Unknown paths are passed over. Clear
-  // empties the table, the pending list and the journal.
+  // forgets everything, pending records and what the journal has of this table too.
   void RemovePaths(const std::vector<std::string>& paths) override;
   void ChangePath(std::string_view oldPath, std::string_view newPath, std::string_view artist,
                   std::string_view album, std::string_view title) override;
+  void SwapPaths(std::string_view first, std::string_view second) override;
   void Clear() override;
 
   // CAnalysisResultsTable. BulkAdd and BulkRemove leave the rows to RebuildRows.
@@ -121,6 +123,7 @@ class CAudioAnalysisController : public CAnalysisSink,
   [[nodiscard]] bool ChangeJournaled(ItemData* item, std::string_view newPath,
                                      std::string_view artist, std::string_view album,
                                      std::string_view title);
+  void SortRowsIfSortedBy(std::initializer_list<FieldId> columns);
   // Journals the removal of these items, takes them out of the tree and closes the gaps in the
   // rows. The last row goes first.
   void RemoveItems(const std::unordered_set<const ItemData*>& items);

@@ -132,6 +132,10 @@ void CAudioDupsController::FilesRemoved(const std::vector<std::string>& paths) {
   if (m_controller) m_controller->RemovePaths(paths);
 }
 
+void CAudioDupsController::FilesSwapped(const std::string& first, const std::string& second) {
+  if (m_controller) m_controller->SwapPaths(first, second);
+}
+
 void CAudioDupsController::FileChanged(const ItemBase& before, const ItemBase& now) {
   if (m_controller) {
     m_controller->ChangePath(before.path, now.path, now.artist, now.album, now.title);

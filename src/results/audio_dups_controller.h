@@ -80,9 +80,10 @@ class CAudioDupsController : public CDupsModel<AudioDupsTraits>,
  protected:
   CRef<const ItemBase> WithPath(const ItemBase& base, const std::string& path) override;
   void FilesRemoved(const std::vector<std::string>& paths) override;
-  void FileChanged(const ItemBase& before, const ItemBase& now) override;
+  void FilesSwapped(const std::string& first, const std::string& second) override;
 
  private:
+  void FileChanged(const ItemBase& before, const ItemBase& now);
   // The record of the same content under another path and other tags.
   [[nodiscard]] CRef<const ItemBase> Changed(const ItemBase& base, std::string_view path,
                                              std::string_view artist, std::string_view album,

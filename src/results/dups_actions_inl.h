@@ -227,8 +227,7 @@ bool CDupsModel<Traits>::Swap(const Rows& rows, const SwapFunction& swap) {
     return CSystemError::Bool("Swap", 4, false);
   }
   RebuildIfSortedBy({FieldId::kFile, FieldId::kFolder, FieldId::kFilename});
-  FileChanged(*first, *a->base);
-  FileChanged(*second, *b->base);
+  FilesSwapped(first->path, second->path);
   return true;
 }
 

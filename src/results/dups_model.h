@@ -217,10 +217,10 @@ class CDupsModel {
 
   // The record of the same file under another path; null after a report when memory is short.
   [[nodiscard]] virtual CRef<const Base> WithPath(const Base& base, const std::string& path) = 0;
-  // Told of files that an action has taken out of the model, and of a file that has another
-  // description now.
+  // Told of files that an action has taken out of the model, and of two that have exchanged their
+  // places.
   virtual void FilesRemoved(const std::vector<std::string>&) {}
-  virtual void FileChanged(const Base& /*before*/, const Base& /*now*/) {}
+  virtual void FilesSwapped(const std::string& /*first*/, const std::string& /*second*/) {}
 
   // The part of LockedAdd that every table shares. Worker threads.
   bool Append(InsertData data) EXCLUDES(m_sync);

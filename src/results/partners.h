@@ -34,6 +34,8 @@ class CPartnerTable : public CRemovalFollower {
   virtual void ChangePath(std::string_view oldPath, std::string_view newPath,
                           std::string_view artist, std::string_view album,
                           std::string_view title) = 0;
+  // The two files have exchanged their places; either may be unknown.
+  virtual void SwapPaths(std::string_view first, std::string_view second) = 0;
   virtual void Clear() = 0;
 };
 

@@ -62,6 +62,18 @@ class AudioAnalysisController : public testing::Test {
     ASSERT_TRUE(m_dups.ProcessNewData());
   }
 
+  // Of the outer rows that show these files.
+  [[nodiscard]] CAudioDupsController::Rows RowsOf(const std::string& a,
+                                                  const std::string& b) const {
+    CAudioDupsController::Rows rows(2);
+    for (int32_t row = 0; row < static_cast<int32_t>(m_dups.RowCount()); ++row) {
+      const std::string& path = m_dups.TableAt(row)->File()->base->path;
+      if (path == a) rows[0] = row;
+      if (path == b) rows[1] = row;
+    }
+    return rows;
+  }
+
   test::CTempFolder m_folder;
   CMemorySettingsStore m_settings;
   CCacheStore m_cache;
@@ -167,6 +179,14 @@ TEST_F(AudioAnalysisController, TheTwoAudioTablesFollowEachOtherIntoOneJournal) 
     ASSERT_TRUE(m_dups.Swap({0, 1}, [](const auto&, const auto&) { return true; }));
     EXPECT_EQ(m_model.FindItem("/a.mp3")->base->sampleRate, 8000u);
     EXPECT_EQ(m_model.FindItem("/A.mp3")->base->sampleRate, 44100u);
+    // And where only one of the two has been measured: it is the one that goes.
+    m_model.RemovePaths({"/A.mp3"});
+    ASSERT_TRUE(
+        m_dups.Swap(RowsOf("/a.mp3", "/A.mp3"), [](const auto&, const auto&) { return true; }));
+    EXPECT_EQ(Paths(m_model), (Lines{"/A.mp3"}));
+    ASSERT_TRUE(
+        m_dups.Swap(RowsOf("/a.mp3", "/A.mp3"), [](const auto&, const auto&) { return true; }));
+    EXPECT_EQ(Paths(m_model), (Lines{"/a.mp3"}));
     m_dups.m_journal = m_model.m_journal = nullptr;
   }
   CAudioDupsController dups(m_audioStore, m_ignores);

@@ -27,6 +27,9 @@ class CPartner : public CPartnerTable, public CAnalysisRequests {
     }
     m_said.push_back(line);
   }
+  void SwapPaths(std::string_view first, std::string_view second) override {
+    m_said.push_back("swapped " + std::string(first) + " " + std::string(second));
+  }
   void Clear() override { m_said.push_back("cleared"); }
   void RequestAnalysis(std::string path) override { m_said.push_back("analyse " + path); }
 
@@ -135,8 +138,7 @@ TEST_F(AudioDupsController, PartnersHearOfEveryChangeAndRemoval) {
   EXPECT_TRUE(m_model.Swap({2, 0}, [](const std::string& a, const std::string& b) {
     return a == "/d.mp3" && b == "/b.mp3";
   }));
-  EXPECT_EQ(m_partner.Said(),
-            (Lines{"changed /d.mp3 /b.mp3 A B C", "changed /b.mp3 /d.mp3 artist album title"}));
+  EXPECT_EQ(m_partner.Said(), (Lines{"swapped /d.mp3 /b.mp3"}));
   std::vector<std::string> partners{"old"};
   EXPECT_TRUE(m_model.FillPairs("/b.mp3", &partners));
   EXPECT_EQ(partners, (Lines{"/c.mp3", "/d.mp3"}));
