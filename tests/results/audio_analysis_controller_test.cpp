@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "core/configuration.h"
+#include "decoding/wire.h"
 #include "results/audio_dups_controller.h"
 #include "support/temp_folder.h"
 
@@ -105,6 +109,80 @@ TEST_F(AudioAnalysisController, ArrivingFilesStandInOrderAndTheFirstResultStays)
   EXPECT_EQ(CAudioAnalysisController(m_store, m_ignores).Sort().column, FieldId::kFilename);
   EXPECT_EQ(m_model.TableAt(3), nullptr);
   EXPECT_EQ(m_model.TableAt(-1), nullptr);
+}
+
+TEST_F(AudioAnalysisController, RowsStandInTheOrderOfEveryColumnHoweverTheyCome) {
+  struct Column {
+    FieldId field;
+    std::function<double(const AnalysisInfo&)> number;
+    std::function<std::string(const AnalysisInfo&)> text;
+  };
+  const auto none = [](const AnalysisInfo&) { return std::string(); };
+  const auto zero = [](const AnalysisInfo&) { return 0.0; };
+  using Info = const AnalysisInfo&;
+  const Column columns[] = {
+      {FieldId::kFile, zero, [](Info i) { return i.path; }},
+      {FieldId::kFolder, zero, [](Info i) { return i.path.substr(0, i.path.rfind('/')); }},
+      {FieldId::kFilename, zero, [](Info i) { return i.path.substr(i.path.rfind('/') + 1); }},
+      {FieldId::kArtist, zero, [](Info i) { return i.artist; }},
+      {FieldId::kTitle, zero, [](Info i) { return i.title; }},
+      {FieldId::kAlbum, zero, [](Info i) { return i.album; }},
+      {FieldId::kFormat, zero, [](Info i) { return i.format == wire::kPcm ? "PCM" : "AAC"; }},
+      {FieldId::kSize, [](Info i) { return double(i.size); }, none},
+      {FieldId::kDuration, [](Info i) { return i.durationMs; }, none},
+      {FieldId::kBitrate, [](Info i) { return i.bitrate; }, none},
+      {FieldId::kRating, [](Info i) { return Rating(i); }, none},
+      {FieldId::kSampleRate, [](Info i) { return i.sampleRate; }, none},
+      {FieldId::kChannels, [](Info i) { return i.channels; }, none},
+      {FieldId::kClipping, [](Info i) { return i.clipping; }, none},
+      {FieldId::kSilence, [](Info i) { return i.silence; }, none},
+      {FieldId::kAbsMean, [](Info i) { return i.absMean; }, none},
+      {FieldId::kMinStep, [](Info i) { return i.minStep; }, none},
+      {FieldId::kAbsMax, [](Info i) { return i.absMax; }, none},
+      {FieldId::kMaxFreq, [](Info i) { return i.maxFreq; }, none},
+      {FieldId::kClicks, [](Info i) { return i.clicks; }, none},
+      {FieldId::kPairs, zero, none},  // by the addresses alone
+  };
+  std::mt19937 random(7);
+  // Few values in each field, so that ties are common.
+  const auto make = [&](int number) {
+    const CRef<AnalysisInfo> info = MakeRef<AnalysisInfo>();
+    const auto pick = [&](uint32_t count) { return static_cast<uint32_t>(random() % count); };
+    info->path = "/" + std::to_string(pick(3)) + "/" + std::to_string(number * 7919 % 1000);
+    info->artist = std::string(pick(3), 'a');
+    info->title = std::to_string(pick(4));
+    info->album = pick(2) ? "\xc3\xa4" : "z";
+    info->format = pick(2) ? wire::kPcm : wire::kAac;
+    info->size = uint64_t{pick(3)} << 33;
+    info->durationMs = pick(4) << 30;
+    info->bitrate = pick(4) * 50000;
+    info->sampleRate = pick(4) * 12000;
+    info->channels = static_cast<uint8_t>(pick(2) + 1);
+    for (float* measure : {&info->clipping, &info->silence, &info->absMean, &info->minStep,
+                           &info->absMax, &info->maxFreq, &info->clicks})
+      *measure = static_cast<float>(pick(4)) * 0.25F;
+    return info;
+  };
+  int number = 0;
+  for (const Column& column : columns) {
+    for (const bool ascending : {true, false}) {
+      m_model.Clear();
+      m_model.SetSort(column.field, ascending);
+      for (const int batch : {60, 1, 1, 2, 40, 1}) {
+        for (int i = 0; i < batch; ++i) m_model.LockedAdd(make(++number));
+        ASSERT_TRUE(m_model.ProcessNewData());
+      }
+      m_model.RemovePaths({Paths(m_model)[3], Paths(m_model)[90], "/unknown"});
+      ASSERT_EQ(m_model.RowCount(), 103u);
+      for (int32_t row = 1; row < 103; ++row) {
+        const auto key = [&](const CAudioAnalysisController::ItemData* item) {
+          return std::tuple(column.number(*item->base), column.text(*item->base), item);
+        };
+        const auto above = key(m_model.TableAt(row - 1)), below = key(m_model.TableAt(row));
+        ASSERT_TRUE(ascending ? above < below : below < above) << FieldIdentifier(column.field);
+      }
+    }
+  }
 }
 
 TEST_F(AudioAnalysisController, ActionsOnRowsInAnyOrder) {
