@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QMessageBox>
 #include <cerrno>
+#include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -70,6 +71,8 @@ int main(int argc, char** argv) {
   if (const int said = SayAndEnd(argc, argv); said >= 0) return said;
 
   QApplication application(argc, argv);
+  // Which takes the user's locale over: numbers in tables and files have a point all the same.
+  std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName("Quillmarsh");
   QApplication::setApplicationVersion(QUILLMARSH_VERSION);
   QApplication::setDesktopFileName(kIdentifier);
