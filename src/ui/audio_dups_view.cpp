@@ -31,8 +31,8 @@ TDXAudioDupsView::TDXAudioDupsView(TDXAppDelegate& delegate, CFileOperations& fi
               m_controller.AnalyseRows(SelectedRows());
               Changed();
             });
-  AddAction("analyse", tr("Analyse Mar&ked"), tr("Measure the quality of the marked files"),
-            {}, Needs::kMarked, [this] {
+  AddAction("analyse", tr("Analyse Mar&ked"), tr("Measure the quality of the marked files"), {},
+            Needs::kMarked, [this] {
               m_controller.AnalyseMarked();
               Changed();
             });
