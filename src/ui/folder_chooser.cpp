@@ -3,6 +3,7 @@
 #include <QAbstractItemView>
 #include <QCoreApplication>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QListView>
 #include <QMimeData>
 #include <QStandardPaths>
@@ -21,8 +22,9 @@ QList<QUrl> Places() {
   QList<QUrl> places;
   for (const auto location : {QStandardPaths::HomeLocation, QStandardPaths::MusicLocation,
                               QStandardPaths::PicturesLocation, QStandardPaths::DownloadLocation}) {
-    const QUrl url = QUrl::fromLocalFile(QStandardPaths::writableLocation(location));
-    if (!places.contains(url)) places.append(url);
+    const QString path = QStandardPaths::writableLocation(location);
+    const QUrl url = QUrl::fromLocalFile(path);
+    if (QFileInfo(path).isDir() && !places.contains(url)) places.append(url);
   }
   for (const QStorageInfo& volume : QStorageInfo::mountedVolumes()) {
     const QString root = volume.rootPath();
