@@ -149,7 +149,7 @@ QWidget* CAutomarkDialog::MakeThresholds() {
 
 QWidget* CAutomarkDialog::MakeTitled(const QString& title, COrderedList* list) {
   auto* const label = new QLabel(title);
-  label->setBuddy(list);
+  label->setBuddy(list->focusProxy());  // what holds no focus itself is no aim for a mnemonic
   auto* const titled = new QWidget;
   auto* const layout = new QVBoxLayout(titled);
   layout->setContentsMargins(0, 0, 0, 0);

@@ -100,7 +100,8 @@ TEST_F(AutomarkWindowTest, TheUsersOrderIsSavedWithTheWordToMark) {
     EXPECT_EQ(Rows(List("Extensions")), QStringList({"", "flac", "mp3"}));
     QListWidget* const folders = List("Folders");
     EXPECT_EQ(folders->count(), 3);
-    folders->setFocus();
+    QTest::keyClick(m_window, Qt::Key_F, Qt::AltModifier);
+    EXPECT_TRUE(folders->hasFocus());
     folders->setCurrentRow(2);
     QTest::keyClick(folders, Qt::Key_Up, Qt::AltModifier);
     EXPECT_EQ(folders->currentRow(), 1);
