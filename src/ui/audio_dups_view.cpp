@@ -46,6 +46,7 @@ TDXAudioDupsView::TDXAudioDupsView(TDXAppDelegate& delegate, CFileOperations& fi
   m_swap = AddAction("swap", tr("S&wap Two Files"),
                      tr("Exchange the names of two selected files of one group"), {},
                      Needs::kOwnTest, [this] { ActionSwap(); });
+  AddSeparator();
   AddRemovalActions();
   EndMenu();
 }

@@ -26,12 +26,13 @@ double Contrast(const QColor& a, const QColor& b) {
 }
 
 QColor ReadableOn(const QColor& background, const QColor& color) {
+  if (Contrast(color, background) >= kReadableContrast) return color;
   QColor away = Qt::white, other = Qt::black;
   if (!IsDark(background)) std::swap(away, other);
   // One of the two ends always has a contrast of at least 4.58.
   const QColor target = Contrast(away, background) >= kReadableContrast ? away : other;
   constexpr int kSteps = 32;
-  for (int step = 0; step < kSteps; ++step) {
+  for (int step = 1; step < kSteps; ++step) {
     const QColor moved = Blend(color, target, double(step) / kSteps);
     if (Contrast(moved, background) >= kReadableContrast) return moved;
   }

@@ -84,10 +84,10 @@ constexpr TableColumn kAudioDups[] = {
     kArtist,
     kTitle,
     kAlbum,
-    kDuration,
-    kSize,
     kFormat,
+    kDuration,
     kBitrate,
+    kSize,
     kGroup,
     Rating(false),
     SampleRate(false),
@@ -108,9 +108,9 @@ constexpr TableColumn kImageDups[] = {
     kPairs,
     Score(FieldId::kContent, "Content", "How alike the pictures are, point by point"),
     Score(FieldId::kExperimental, "Experimental", "How alike their spatial frequencies are"),
+    kFormat,
     {FieldId::kResolution, "Resolution", "Width and height in pixels", Kind::kNumber, 14, true},
     kSize,
-    kFormat,
     kGroup,
 };
 

@@ -289,7 +289,7 @@ void TDXTableView::SetRowHeight() {
   option.features |= QStyleOptionViewItem::HasDisplay;
   option.text = QStringLiteral("X");
   const int item = style()->sizeFromContents(QStyle::CT_ItemViewItem, &option, {}, this).height();
-  const int height = std::max(item, fontMetrics().height()) + 4;
+  const int height = std::max(item, fontMetrics().height()) + 6;
   verticalHeader()->setMinimumSectionSize(height);
   verticalHeader()->setDefaultSectionSize(height);
 }
