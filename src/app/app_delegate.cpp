@@ -253,6 +253,8 @@ bool TDXAppDelegate::LoadData(const std::string& path) {
   ClearDetached(m_audioDups);
   ClearDetached(m_imageDups);
   m_audioAnalysis.Clear();
+  // Views know their rows by address, and the records of the file may get those of the ones gone.
+  ReloadAll();
   CResultsJournal file(&m_audioDups, &m_imageDups, &m_audioAnalysis);
   const bool loaded = file.OpenForReading(path) && file.Load();
   ReloadAll();
