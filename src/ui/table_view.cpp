@@ -17,6 +17,7 @@
 #include "ui/readable_color.h"
 #include "ui/row_selection.h"
 #include "ui/score_cell.h"
+#include "ui/text_cell.h"
 
 namespace quill {
 
@@ -45,6 +46,7 @@ TDXTableView::TDXTableView(CResultsModel& model, QWidget* parent)
   setShowGrid(false);
   setCornerButtonEnabled(false);
   setAlternatingRowColors(!model.HasGroups());
+  setItemDelegate(new CTextCell(this));
   auto* scoreCell = new TDXScoreCell(this);
   for (int column = 0; column < model.columnCount(); ++column) {
     if (model.Columns()[static_cast<size_t>(column)].kind == TableColumn::Kind::kScore) {
