@@ -35,7 +35,11 @@ void CTableTab::SetTable(CResultsModel* model, std::unique_ptr<CTableActions> ac
   m_model = model;
   m_actions = std::move(actions);
   m_table = new TDXTableView(*model, this);
-  m_table->SetHint([this] { return m_delegate.IsIdle() ? EmptyText() : BusyText(); });
+  m_table->SetHint([this] {
+    // A window that is being closed may be drawn once more after the end of the pool.
+    const bool busy = m_delegate.GetWorkers() && !m_delegate.IsIdle();
+    return busy ? BusyText() : EmptyText();
+  });
   m_table->setFrameShape(QFrame::NoFrame);
   setFocusProxy(m_table);
   auto* layout = new QVBoxLayout(this);
@@ -100,7 +104,8 @@ void CTableTab::AddSeparator() {
 
 void CTableTab::AddFileActions() {
   AddAction("open-file", tr("&Open"), tr("Open the file with the desktop's program for it"),
-            Qt::Key_Return, Needs::kSelection, [this] { OpenRow(m_table->LeadingRow()); });
+            Qt::Key_Return, Needs::kSelection, [this] { OpenRow(m_table->LeadingRow()); })
+      ->setShortcuts({Qt::Key_Return, Qt::Key_Enter});
   AddAction("system-file-manager", tr("Show in &File Manager"),
             tr("Open the folder of the file and select the file there"), Qt::CTRL | Qt::Key_Return,
             Needs::kSelection,
