@@ -261,6 +261,11 @@ bool TDXAppDelegate::LoadData(const std::string& path) {
   return loaded;
 }
 
+CTagAccess& TDXAppDelegate::Tags() {
+  if (!m_tags) m_tags = std::make_unique<CTagAccess>(CDecoderTable::Instance());
+  return *m_tags;
+}
+
 void TDXAppDelegate::ClearCache() {
   m_cache.Clear();
   UIProgress();

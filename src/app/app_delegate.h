@@ -20,6 +20,7 @@
 #include "core/main_queue.h"
 #include "core/scan_counters.h"
 #include "decoding/decoder_table.h"
+#include "decoding/tag_access.h"
 #include "image/image_store.h"
 #include "results/audio_analysis_controller.h"
 #include "results/audio_dups_controller.h"
@@ -101,6 +102,9 @@ class TDXAppDelegate : private CAnalysisRequests {
   [[nodiscard]] CAudioDupsController& AudioDups() { return m_audioDups; }
   [[nodiscard]] CImageDupsController& ImageDups() { return m_imageDups; }
   [[nodiscard]] CAudioAnalysisController& AudioAnalysis() { return m_audioAnalysis; }
+  [[nodiscard]] CMainQueue& Queue() { return m_queue; }
+  // The tags of single files; made on the first use.
+  [[nodiscard]] CTagAccess& Tags();
   [[nodiscard]] CIgnoreList& Ignores() { return m_ignores; }
   [[nodiscard]] CCacheStore& Cache() { return m_cache; }
   [[nodiscard]] const CScanCounters& Counters() const { return m_counters; }
@@ -144,6 +148,7 @@ class TDXAppDelegate : private CAnalysisRequests {
   CAudioAnalysisController m_audioAnalysis;
   std::unique_ptr<CWorkers> _workers;
   std::unique_ptr<CResultsJournal> _journal;
+  std::unique_ptr<CTagAccess> m_tags;
 
   CProgressEstimate m_estimate;
   ScanMode _scanningMode = ScanMode::kDuplicates;

@@ -141,6 +141,8 @@ class CDupsModel {
       if (CompareAddresses(pair->second, pair->first) >= 0) visit(*pair);
     }
   }
+  // Null when the path is unknown.
+  [[nodiscard]] const ItemData* LookUp(std::string_view path) const { return FindItem(path); }
   // Calls visit(const ItemData&) once for each file, in the order of the paths.
   template <class Visit>
   void ForEachItem(Visit visit) const {

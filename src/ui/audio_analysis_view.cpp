@@ -26,7 +26,7 @@ TDXAudioAnalysisView::TDXAudioAnalysisView(TDXAppDelegate& delegate, CFileOperat
 }
 
 QList<QPair<QString, QString>> TDXAudioAnalysisView::ExportFormats() const {
-  return {{"csv", tr("Table for spreadsheets")}, {"html", tr("Web page")}};
+  return TableFormats();
 }
 
 QString TDXAudioAnalysisView::ExportFile(const std::string& path) {

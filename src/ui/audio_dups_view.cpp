@@ -10,6 +10,7 @@
 #include "ui/dups_table_model.h"
 #include "ui/path_text.h"
 #include "ui/table_view.h"
+#include "ui/tag_edit_window.h"
 
 namespace quill {
 
@@ -21,6 +22,9 @@ TDXAudioDupsView::TDXAudioDupsView(TDXAppDelegate& delegate, CFileOperations& fi
   ResultsTable()->setAccessibleName(tr("Audio duplicates"));
 
   AddFileActions();
+  m_edit = AddAction("document-edit", tr("Edit &Tags…"),
+                     tr("Change tags and name of the file beside those of its duplicates"),
+                     Qt::CTRL | Qt::Key_T, Needs::kOwnTest, [this] { ActionEdit(); });
   AddSeparator();
   AddMarkActions();
   AddAction("automark", tr("&Automark…"), tr("Mark the worse file of each pair, by rules"),
@@ -52,8 +56,9 @@ TDXAudioDupsView::TDXAudioDupsView(TDXAppDelegate& delegate, CFileOperations& fi
 }
 
 bool TDXAudioDupsView::IsEnabled(const QAction* action) const {
-  if (action != m_swap) return true;
   const auto* table = static_cast<const TDXTableView*>(ResultsTable());
+  if (action == m_edit) return table->SelectedCount() == 1;
+  if (action != m_swap) return true;
   return table->SelectedCount() == 2 && m_controller.CanSwap(SelectedRows());
 }
 
@@ -65,6 +70,15 @@ void TDXAudioDupsView::ActionAutomark() {
   Changed();
 }
 
+void TDXAudioDupsView::ActionEdit() {
+  const auto* row = m_controller.TableAt(SelectedRows().front());
+  if (!row) return;
+  TDXTagEditWindow window(
+      row->File()->base->path, Delegate(), Files(), [this] { Changed(); }, this);
+  window.exec();
+  if (!window.Failure().isEmpty()) emit SummaryChanged(window.Failure());
+}
+
 void TDXAudioDupsView::ActionSwap() {
   const bool swapped = m_controller.Swap(
       SelectedRows(),
@@ -73,7 +87,7 @@ void TDXAudioDupsView::ActionSwap() {
 }
 
 QList<QPair<QString, QString>> TDXAudioDupsView::ExportFormats() const {
-  return {{"csv", tr("Table for spreadsheets")}, {"html", tr("Web page")}, {"m3u", tr("Playlist")}};
+  return TableFormats() << QPair<QString, QString>{"m3u", "M3U format"};
 }
 
 QString TDXAudioDupsView::ExportFile(const std::string& path) {

@@ -25,9 +25,11 @@ class TDXAudioDupsView : public CTableTab {
 
  private:
   void ActionAutomark();
+  void ActionEdit();
   void ActionSwap();
 
   CAudioDupsController& m_controller;
+  QAction* m_edit = nullptr;
   QAction* m_swap = nullptr;
 };
 

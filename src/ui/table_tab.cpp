@@ -4,13 +4,13 @@
 #include <QClipboard>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeySequence>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QUrl>
-#include <QVBoxLayout>
 
 #include "app/app_delegate.h"
 #include "platform/desktop_services.h"
@@ -42,7 +42,7 @@ void CTableTab::SetTable(CResultsModel* model, std::unique_ptr<CTableActions> ac
   });
   m_table->setFrameShape(QFrame::NoFrame);
   setFocusProxy(m_table);
-  auto* layout = new QVBoxLayout(this);
+  auto* layout = new QHBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(m_table);
   connect(m_table, &TDXTableView::MarkRequested, this, &CTableTab::ActionMark);
@@ -65,6 +65,10 @@ void CTableTab::ReloadView() {
 
 void CTableTab::Changed() {
   m_delegate.ResultsChanged(Tab());
+}
+
+QList<QPair<QString, QString>> CTableTab::TableFormats() {
+  return {{"csv", "Comma-separated values CSV"}, {"html", "HyperText Markup Language HTML"}};
 }
 
 std::vector<int32_t> CTableTab::SelectedRows() const {

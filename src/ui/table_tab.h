@@ -104,6 +104,8 @@ class CTableTab : public CResultsView {
   [[nodiscard]] std::vector<int32_t> SelectedRows() const;
   [[nodiscard]] TDXAppDelegate& Delegate() const { return m_delegate; }
   [[nodiscard]] CFileOperations& Files() const { return m_files; }
+  // The formats that every table has on offer.
+  [[nodiscard]] static QList<QPair<QString, QString>> TableFormats();
   // To be called after each change of rows or marks.
   void Changed();
 
