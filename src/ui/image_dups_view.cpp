@@ -1,16 +1,27 @@
 #include "ui/image_dups_view.h"
 
-#include <QTableView>
+#include <QItemSelectionModel>
+#include <QLayout>
+#include <QSplitter>
 
 #include "app/app_delegate.h"
+#include "core/configuration.h"
 #include "results/automark.h"
 #include "results/export.h"
 #include "results/file_operations.h"
 #include "ui/automark_window.h"
 #include "ui/dups_table_model.h"
+#include "ui/image_preview_view.h"
 #include "ui/path_text.h"
+#include "ui/table_view.h"
 
 namespace quill {
+
+namespace {
+
+constexpr const char* kWidthKey = "windowPreviewWidth";
+
+}  // namespace
 
 TDXImageDupsView::TDXImageDupsView(TDXAppDelegate& delegate, CFileOperations& files,
                                    QWidget* parent)
@@ -27,6 +38,35 @@ TDXImageDupsView::TDXImageDupsView(TDXAppDelegate& delegate, CFileOperations& fi
   AddSeparator();
   AddRemovalActions();
   EndMenu();
+  MakePreview();
+}
+
+void TDXImageDupsView::MakePreview() {
+  m_preview = new TDXImagePreviewView(m_controller, Delegate().Queue());
+  auto* splitter = new QSplitter;
+  splitter->setChildrenCollapsible(false);
+  auto* table = static_cast<TDXTableView*>(ResultsTable());
+  layout()->replaceWidget(table, splitter);
+  splitter->addWidget(table);
+  splitter->addWidget(m_preview);
+  splitter->setStretchFactor(0, 1);
+  const int width = CConfiguration::Instance().GetInteger(kWidthKey, m_preview->sizeHint().width());
+  splitter->setSizes({10000, width});
+  connect(splitter, &QSplitter::splitterMoved, this,
+          [this] { CConfiguration::Instance().SetInteger(kWidthKey, m_preview->width()); });
+  connect(table, &TDXTableView::SelectedCountChanged, this, [this] { ShowSelected(); });
+  connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+          [this] { ShowSelected(); });
+}
+
+void TDXImageDupsView::ShowSelected() {
+  m_preview->SetIndex(static_cast<TDXTableView*>(ResultsTable())->LeadingRow());
+}
+
+void TDXImageDupsView::ReloadView() {
+  CTableTab::ReloadView();
+  ShowSelected();
+  m_preview->RowsChanged();
 }
 
 void TDXImageDupsView::ActionAutomark() {
@@ -37,9 +77,8 @@ void TDXImageDupsView::ActionAutomark() {
   Changed();
 }
 
-// The web page of this table cannot be written (see ImageDupsHeadings), so it is not on offer.
 QList<QPair<QString, QString>> TDXImageDupsView::ExportFormats() const {
-  return {{"csv", tr("Table for spreadsheets")}};
+  return TableFormats();
 }
 
 QString TDXImageDupsView::ExportFile(const std::string& path) {

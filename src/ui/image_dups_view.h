@@ -6,6 +6,7 @@
 namespace quill {
 
 class CImageDupsController;
+class TDXImagePreviewView;
 
 class TDXImageDupsView : public CTableTab {
   Q_OBJECT
@@ -15,6 +16,7 @@ class TDXImageDupsView : public CTableTab {
   TDXImageDupsView(TDXAppDelegate& delegate, CFileOperations& files, QWidget* parent = nullptr);
 
   [[nodiscard]] ResultsTab Tab() const override { return ResultsTab::kImageDups; }
+  void ReloadView() override;
   [[nodiscard]] QList<QPair<QString, QString>> ExportFormats() const override;
   [[nodiscard]] QString ExportFile(const std::string& path) override;
 
@@ -24,8 +26,12 @@ class TDXImageDupsView : public CTableTab {
 
  private:
   void ActionAutomark();
+  // Puts the preview beside the table, as wide as the user left it.
+  void MakePreview();
+  void ShowSelected();
 
   CImageDupsController& m_controller;
+  TDXImagePreviewView* m_preview = nullptr;
 };
 
 }  // namespace quill
