@@ -23,12 +23,14 @@
 #include "ui/audio_dups_view.h"
 #include "ui/documents.h"
 #include "ui/folders_view.h"
+#include "ui/help_window.h"
 #include "ui/icons.h"
 #include "ui/image_dups_view.h"
 #include "ui/path_text.h"
 #include "ui/preferences_window.h"
 #include "ui/results_view.h"
 #include "ui/status_view.h"
+#include "ui/update_window.h"
 
 namespace quill {
 
@@ -135,6 +137,7 @@ void TDXMainWindow::Start(const std::string& resultsFile) {
   m_folders->LoadList();
   RestoreLayout();
   m_delegate->AwakeFromNib();
+  TDXUpdateWindow::CheckAtStart(this);
   UpdateAllActions();
   m_restore.start(kRestoreWithinMs);
   show();
@@ -345,6 +348,13 @@ void TDXMainWindow::ShowPreferences() {
   m_preferences->show();
   m_preferences->raise();
   m_preferences->activateWindow();
+}
+
+void TDXMainWindow::ShowHelp() {
+  m_helpWindow = m_helpWindow ? m_helpWindow : new CHelpWindow(this);
+  m_helpWindow->show();
+  m_helpWindow->raise();
+  m_helpWindow->activateWindow();
 }
 
 void TDXMainWindow::ShowAbout() {

@@ -26,6 +26,7 @@ class QStackedWidget;
 namespace quill {
 
 class CDocuments;
+class CHelpWindow;
 class CResultsView;
 class TDXFoldersView;
 class TDXPreferencesWindow;
@@ -93,6 +94,7 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   void TellTroubles();
   void UpdateSummary(ResultsTab tab, const QString& text);
   void ShowPreferences();
+  void ShowHelp();
   void ShowAbout();
   void SaveLayout();
   void RestoreLayout();
@@ -112,6 +114,7 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   std::array<QString, 4> m_summaries;      // what each tab has to say for the status bar
   TDXStatusView* m_status = nullptr;
   QPointer<TDXPreferencesWindow> m_preferences;
+  CHelpWindow* m_helpWindow = nullptr;  // once it was asked for
 
   QActionGroup* m_tabActions = nullptr;
   QMenu* m_actionMenu = nullptr;
@@ -129,6 +132,8 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   QAction* m_modeDuplicates = nullptr;
   QAction* m_modeAnalyse = nullptr;
   QAction* m_selectAll = nullptr;
+  QAction* m_help = nullptr;
+  QAction* m_checkUpdates = nullptr;
   QAction* m_about = nullptr;
   ScanButton m_button = ScanButton::kScan;
 };

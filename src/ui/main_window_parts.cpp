@@ -14,6 +14,8 @@
 #include "ui/icons.h"
 #include "ui/main_window.h"
 #include "ui/results_view.h"
+#include "ui/update_checker.h"
+#include "ui/update_window.h"
 
 namespace quill {
 
@@ -67,6 +69,11 @@ void TDXMainWindow::MakeActions() {
     mode->setCheckable(true);
     modes->addAction(mode);
   }
+  m_help = MakeAction("help", "help-contents", tr("Quillmarsh &Help"),
+                      tr("What the scores mean, and how everything is used"),
+                      QKeySequence::HelpContents);
+  m_checkUpdates = MakeAction("checkUpdates", "check-updates", tr("Check for &Updates…"),
+                              tr("Ask the update server whether a newer version exists"));
   m_about = MakeAction("about", "help-about", tr("&About Quillmarsh"), tr("Version and licence"));
 
   struct Tab {
@@ -123,6 +130,9 @@ void TDXMainWindow::ConnectActions() {
     m_delegate->SetModeAnalyse();
     UpdateActions();
   });
+  connect(m_help, &QAction::triggered, this, [this] { ShowHelp(); });
+  connect(m_checkUpdates, &QAction::triggered, this,
+          [this] { TDXUpdateWindow::CheckUpdateModal(true, this); });
   connect(m_about, &QAction::triggered, this, [this] { ShowAbout(); });
 }
 
@@ -148,6 +158,10 @@ void TDXMainWindow::MakeMenus() {
   mode->addActions({m_modeDuplicates, m_modeAnalyse});
   m_actionMenu = menuBar()->addMenu(tr("&Action"));
   QMenu* help = menuBar()->addMenu(tr("&Help"));
+  help->addAction(m_help);
+  // Without an address there is nobody to ask.
+  if (TDXUpdateChecker::IsConfigured()) help->addAction(m_checkUpdates);
+  help->addSeparator();
   help->addAction(m_about);
   for (QMenu* menu : {file, edit, view, scan, mode, m_actionMenu, help})
     menu->setToolTipsVisible(true);

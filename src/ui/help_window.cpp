@@ -1,0 +1,42 @@
+#include "ui/help_window.h"
+
+#include <QPushButton>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+#include "ui/icons.h"
+
+namespace quill {
+
+namespace {
+
+constexpr const char* kFirstPage = "qrc:/help/index.md";
+
+}  // namespace
+
+CHelpWindow::CHelpWindow(QWidget* parent) : QDialog(parent) {
+  setWindowTitle(tr("Quillmarsh Help"));
+  resize(760, 640);
+  auto* browser = new QTextBrowser;
+  browser->setOpenExternalLinks(true);
+  browser->document()->setDocumentMargin(16);
+  auto* line = new QHBoxLayout;
+  auto* contents = new QPushButton(Icon("help-contents"), tr("&Contents"));
+  auto* back = new QPushButton(Icon("go-previous"), tr("&Back"));
+  back->setEnabled(false);
+  for (QPushButton* button : {contents, back}) {
+    button->setAutoDefault(false);
+    line->addWidget(button);
+  }
+  line->addStretch();
+  connect(contents, &QPushButton::clicked, browser,
+          [browser] { browser->setSource(QUrl(kFirstPage), QTextDocument::MarkdownResource); });
+  connect(back, &QPushButton::clicked, browser, &QTextBrowser::backward);
+  connect(browser, &QTextBrowser::backwardAvailable, back, &QPushButton::setEnabled);
+  auto* layout = new QVBoxLayout(this);
+  layout->addLayout(line);
+  layout->addWidget(browser, 1);
+  browser->setSource(QUrl(kFirstPage), QTextDocument::MarkdownResource);
+}
+
+}  // namespace quill
