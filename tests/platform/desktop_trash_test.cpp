@@ -5,9 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <map>
-#include <regex>
 
 #include "second_volume.h"
 #include "support/temp_folder.h"
@@ -33,21 +33,23 @@ std::string Decoded(const std::string& text) {
 // What a desktop would restore: content by old path. Every file must have its info and the other
 // way round.
 std::map<std::string, std::string> Restorable(const std::string& trash) {
-  static const std::regex kInfo(
-      "\\[Trash Info\\]\nPath=([!-~]+)\nDeletionDate="
-      "\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n");
   std::map<std::string, std::string> files;
   size_t infos = 0;
   for (const auto& entry : fs::directory_iterator(trash + "/info")) {
     const std::string info = entry.path().filename().native();
     const std::string text = ReadAll(entry.path().native());
-    std::smatch match;
-    if (!std::regex_match(text, match, kInfo)) {
+    // A path of printable ASCII, and a date of exactly this form with nothing behind it.
+    char path[4096] = "";
+    int year, month, day, hour, minute, second, end = 0;
+    std::sscanf(text.c_str(),
+                "[Trash Info]\nPath=%4095[!-~]\nDeletionDate=%4d-%2d-%2dT%2d:%2d:%2d%n", path,
+                &year, &month, &day, &hour, &minute, &second, &end);
+    if (end == 0 || text.substr(static_cast<size_t>(end)) != "\n") {
       ADD_FAILURE() << text;
       continue;
     }
     EXPECT_TRUE(info.ends_with(".trashinfo"));
-    files[Decoded(match[1])] = ReadAll(trash + "/files/" + info.substr(0, info.size() - 10));
+    files[Decoded(path)] = ReadAll(trash + "/files/" + info.substr(0, info.size() - 10));
     ++infos;
   }
   EXPECT_EQ(files.size(), infos) << "two infos of one path";
