@@ -155,8 +155,8 @@ void CWindowQuestions::Finished(const std::vector<std::string>& failures) {
   layout->addWidget(text);
   auto* list = new QPlainTextEdit;
   list->setReadOnly(true);
-  list->setLineWrapMode(QPlainTextEdit::NoWrap);
   for (const std::string& failure : failures) list->appendPlainText(ShownPath(failure));
+  list->moveCursor(QTextCursor::Start);
   layout->addWidget(list);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
   QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);

@@ -154,7 +154,7 @@ void TDXMainWindow::MakeMenus() {
   scan->addSeparator();
   scan->addActions({m_findDuplicates, m_analyse});
   scan->addSeparator();
-  QMenu* mode = scan->addMenu(tr("&Mode"));
+  QMenu* mode = scan->addMenu(Icon("find-duplicates"), tr("&Mode"));
   mode->addActions({m_modeDuplicates, m_modeAnalyse});
   m_actionMenu = menuBar()->addMenu(tr("&Action"));
   QMenu* help = menuBar()->addMenu(tr("&Help"));

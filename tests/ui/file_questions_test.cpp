@@ -63,17 +63,22 @@ TEST(FileQuestions, StopsBetweenFilesAndTellsWhatFailed) {
   QWidget window;
   window.show();
   CWindowQuestions questions(&window);
-  CDialogDriver dialogs;
   std::atomic<bool> stopped = false;
-  dialogs.Do([&](QWidget* dialog) {
+  QTimer user;
+  QObject::connect(&user, &QTimer::timeout, &user, [&] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    if (!dialog) return;
+    user.stop();
     dialog->findChild<QPushButton*>()->click();
     stopped = true;
   });
+  user.start(10);
   // The file in work runs to its end.
   EXPECT_TRUE(questions.Perform("/a", 0, 2, [&] {
     while (!stopped) std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }));
   EXPECT_FALSE(questions.Perform("/b", 1, 2, [] { ADD_FAILURE() << "handled after the stop"; }));
+  CDialogDriver dialogs;
   dialogs.Do([](QWidget* dialog) {
     EXPECT_TRUE(dialog->findChild<QPlainTextEdit*>()->toPlainText().contains("/a: taken"));
     dialog->close();
