@@ -54,15 +54,6 @@ std::string AbsolutePath(const QString& word) {
   return quill::PathBytes(QFileInfo(word).absoluteFilePath());
 }
 
-// The data folder is taken: by a window, which comes forward, or by the command line.
-int HandOver(const quill::CInstanceLink& link, const std::string& file, const std::string& folder) {
-  if (link.Call(file)) return 0;
-  return Fail(QObject::tr("Another Quillmarsh is using\n%1\nand shows no window: a scan on the "
-                          "command line, or one that is just ending. Wait for it, then start "
-                          "again.")
-                  .arg(quill::ShownPath(folder)));
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -93,13 +84,23 @@ int main(int argc, char** argv) {
                             : quill::CUserFolders::ByEnvironment();
 
   quill::CDataSession session;
-  const quill::CDataLock::Result locked = session.Open(folders);
+  quill::CDataLock::Result locked = session.Open(folders);
   if (locked == quill::CDataLock::Result::kFailed) {
     return Fail(QObject::tr("Cannot write in the data folder\n%1\n%2")
                     .arg(quill::ShownPath(folders.support), std::strerror(errno)));
   }
   quill::CInstanceLink link(folders.support);
-  if (locked == quill::CDataLock::Result::kTaken) return HandOver(link, file, folders.support);
+  if (locked == quill::CDataLock::Result::kTaken) {
+    if (link.Call(file)) return 0;
+    // A window that is just ending answers nobody, and is gone by now.
+    locked = session.Open(folders);
+  }
+  if (locked != quill::CDataLock::Result::kLocked) {
+    return Fail(
+        QObject::tr("A scan on the command line, or another Quillmarsh without a window, is "
+                    "using\n%1\nWait for it to end, then start again.")
+            .arg(quill::ShownPath(folders.support)));
+  }
   // Before the window, which takes its time over a big cache.
   link.Listen();
 

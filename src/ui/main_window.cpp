@@ -121,6 +121,8 @@ TDXMainWindow::TDXMainWindow(CMainQueue& queue)
 }
 
 TDXMainWindow::~TDXMainWindow() {
+  // An end that comes before the restore must not drop the work that the last run left.
+  if (m_restore.isActive()) m_delegate->RestoreAutosave();
   // The folder list is stored at the end of the run, so the views must outlive the delegate's last
   // call and are told nothing after it.
   m_delegate->ApplicationWillTerminate();

@@ -64,15 +64,18 @@ bool WaitFor(Done done) {
 class MainWindowTest : public testing::Test {
  protected:
   void Open(const std::string& file = {}) {
+    Make();
+    m_window->Start(file);
+    ASSERT_TRUE(WaitFor([&] { return Delegate().AudioDups().m_journal != nullptr; }));
+    QCoreApplication::processEvents();
+  }
+  void Make() {
     m_session.emplace();
     ASSERT_EQ(m_session->Open(CUserFolders::Under(m_data.Path())), CDataLock::Result::kLocked);
     // One slow thread: a scan lasts for many steps of a test.
     CConfiguration::Instance().SetBool("enableThreadLimit", true);
     m_queue.emplace();
     m_window = std::make_unique<TDXMainWindow>(*m_queue);
-    m_window->Start(file);
-    ASSERT_TRUE(WaitFor([&] { return Delegate().AudioDups().m_journal != nullptr; }));
-    QCoreApplication::processEvents();
   }
   void Close() {
     if (!m_window) return;
@@ -222,6 +225,20 @@ TEST_F(MainWindowTest, AScanThatTheEndCutShortGoesOnAtTheNextStart) {
   ASSERT_TRUE(ScanEnds());
   EXPECT_EQ(Pairs(), kCount);
   EXPECT_TRUE(IsEnabled("scan")) << "the folders are still chosen";
+}
+
+TEST_F(MainWindowTest, AnEndRightAfterTheStartKeepsTheWorkThatWasLeft) {
+  Open();
+  AddMusic();
+  Scan();
+  Close();
+  Make();
+  m_window->Start({});
+  Close();
+  Open();
+  EXPECT_EQ(Button(), "Pause");
+  ASSERT_TRUE(ScanEnds());
+  EXPECT_EQ(Pairs(), kCount);
 }
 
 TEST_F(MainWindowTest, LeavesForeignFilesAlone) {
