@@ -13,20 +13,22 @@ LAYERS = {
     "storage": CORE,
     "signal": CORE,
     "decoding": LOW,
-    "audio": LOW | {"decoding"},
+    "device": CORE,
+    "audio": LOW | {"decoding", "device"},
     "image": LOW | {"decoding"},
-    "results": LOW | {"decoding", "audio", "image"},
-    "workers": LOW | {"decoding", "audio", "image", "results"},
-    "app": LOW | {"decoding", "audio", "image", "results", "workers"},
-    "platform": LOW | {"decoding", "audio", "image", "results", "workers", "app"},
-    "cli": LOW | {"decoding", "audio", "image", "results", "workers", "app", "platform"},
-    "ui": LOW | {"decoding", "audio", "image", "results", "workers", "app", "platform"},
+    "results": LOW | {"decoding", "device", "audio", "image"},
+    "workers": LOW | {"decoding", "device", "audio", "image", "results"},
+    "app": LOW | {"decoding", "device", "audio", "image", "results", "workers"},
+    "platform": LOW | {"decoding", "device", "audio", "image", "results", "workers", "app"},
+    "cli": LOW | {"decoding", "device", "audio", "image", "results", "workers", "app", "platform"},
+    "ui": LOW | {"decoding", "device", "audio", "image", "results", "workers", "app", "platform"},
     "decoder": set(),
 }
 # Single headers allowed on top of the table.
 EXCEPTIONS = {("decoder", "decoding/wire.h")}
 QT_FOLDERS = {"platform", "ui", "cli"}
 CODEC_FOLDERS = {"decoder"}
+OPENCL_FOLDERS = {"device"}
 
 root = pathlib.Path(__file__).resolve().parent.parent / "src"
 include = re.compile(r'^\s*#\s*include\s*([<"])([^">]+)[">]')
@@ -50,6 +52,8 @@ for folder in sorted(p.name for p in root.iterdir() if p.is_dir() and any(p.glob
                 faults.append(f"{where}: Qt outside of {sorted(QT_FOLDERS)}")
             if re.match(r"(lib(av|sw)|vips/)", name) and folder not in CODEC_FOLDERS:
                 faults.append(f"{where}: a codec library outside of the decoder program")
+            if name.startswith("CL/") and folder not in OPENCL_FOLDERS:
+                faults.append(f"{where}: OpenCL's headers outside of {sorted(OPENCL_FOLDERS)}")
             if not quoted:
                 continue
             target = name.split("/")[0]

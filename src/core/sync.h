@@ -19,6 +19,7 @@ class CAPABILITY("mutex") CSync {
   CSync& operator=(const CSync&) = delete;
 
   void Lock() ACQUIRE() { m_mutex.lock(); }
+  [[nodiscard]] bool TryLock() TRY_ACQUIRE(true) { return m_mutex.try_lock(); }
   void Unlock() RELEASE() { m_mutex.unlock(); }
 
  private:

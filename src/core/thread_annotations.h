@@ -16,6 +16,7 @@
 #define REQUIRES_SHARED(...) QM_THREAD_ATTRIBUTE(requires_shared_capability(__VA_ARGS__))
 #define ACQUIRE(...) QM_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define ACQUIRE_SHARED(...) QM_THREAD_ATTRIBUTE(acquire_shared_capability(__VA_ARGS__))
+#define TRY_ACQUIRE(...) QM_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
 #define RELEASE(...) QM_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
 #define RELEASE_SHARED(...) QM_THREAD_ATTRIBUTE(release_shared_capability(__VA_ARGS__))
 #define RELEASE_GENERIC(...) QM_THREAD_ATTRIBUTE(release_generic_capability(__VA_ARGS__))

@@ -1,9 +1,5 @@
 #include "workers/workers.h"
 
-#include <linux/ioprio.h>
-#include <sched.h>
-#include <sys/resource.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,21 +11,13 @@
 
 #include "core/log.h"
 #include "core/system_error.h"
+#include "core/thread_priority.h"
 #include "workers/worker_context.h"
 
 namespace quill {
 namespace {
 
 constexpr auto kJoinPoll = std::chrono::milliseconds(100);
-
-// Of the calling thread, and so of the decoder that it starts. Best effort: a scan that may not be
-// made modest still runs.
-void GiveWayToOthers() {
-  const sched_param parameters{};
-  sched_setscheduler(0, SCHED_BATCH, &parameters);
-  setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 19);
-  syscall(SYS_ioprio_set, IOPRIO_WHO_PROCESS, 0, IOPRIO_PRIO_VALUE(IOPRIO_CLASS_IDLE, 0));
-}
 
 uint32_t OnlineProcessors() {
   return static_cast<uint32_t>(std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)));

@@ -1,0 +1,29 @@
+#include "device/opencl_functions.h"
+
+#include <dlfcn.h>
+
+namespace quill {
+namespace {
+
+template <class Function>
+bool LookUp(void* library, const char* name, Function* function) {
+  *function = reinterpret_cast<Function>(dlsym(library, name));
+  return *function != nullptr;
+}
+
+}  // namespace
+
+void* LoadOpenCL(const char* library, OpenCLFunctions* functions) {
+  void* const handle = dlopen(library, RTLD_NOW | RTLD_LOCAL);
+  if (handle == nullptr) return nullptr;
+  bool complete = true;
+#define QUILL_OPENCL_LOOK_UP(name) complete = LookUp(handle, #name, &functions->name) && complete;
+  QUILL_OPENCL_FUNCTIONS(QUILL_OPENCL_LOOK_UP)
+#undef QUILL_OPENCL_LOOK_UP
+  if (complete) return handle;
+  *functions = {};
+  dlclose(handle);
+  return nullptr;
+}
+
+}  // namespace quill
