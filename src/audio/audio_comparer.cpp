@@ -4,8 +4,10 @@
 #include <array>
 #include <cmath>
 
+#include "audio/compare_gates.h"
 #include "audio/likeness.h"
 #include "audio/text_field.h"
+#include "core/log.h"
 #include "core/system_error.h"
 #include "signal/correlation.h"
 
@@ -30,22 +32,17 @@ uint32_t Missing(const AudioEntry& entry, uint32_t request) {
   return request;
 }
 
-bool CutByTags(const AudioSettings& settings, const TagKeys& a, const TagKeys& b) {
-  const auto cut = [&](uint32_t bit, const std::u32string& x, const std::u32string& y,
-                       float least) {
-    return settings.tagGate & bit && !x.empty() && !y.empty() && Likeness(x, y) < least;
-  };
-  return cut(AudioSettings::kArtist, a.artist, b.artist, settings.gateArtist) ||
-         cut(AudioSettings::kAlbum, a.album, b.album, settings.gateAlbum) ||
-         cut(AudioSettings::kTitle, a.title, b.title, settings.gateTitle);
-}
-
 }  // namespace
 
 CAudioComparer::CAudioComparer(CAudioDecoder& decoder, CAudioStore& store,
                                const CIgnoreList& ignores, const AudioSettings& settings,
-                               CAudioPairSink& sink)
-    : m_decoder(decoder), m_store(store), m_ignores(ignores), m_settings(settings), m_sink(sink) {}
+                               CAudioPairSink& sink, COpenCL* device)
+    : m_decoder(decoder),
+      m_store(store),
+      m_ignores(ignores),
+      m_settings(settings),
+      m_sink(sink),
+      m_device(device) {}
 
 bool CAudioComparer::AddFile(const std::string& path, uint8_t group) {
   if (!m_settings.ComparesAnything()) return false;
@@ -164,14 +161,22 @@ bool CAudioComparer::MakePrints(uint32_t request, AudioEntry* parts) {
   return true;
 }
 
+void CAudioComparer::UseDevice(const std::string& path) {
+  m_deviceScores.clear();
+  // A worker that finds the device busy does not wait for it.
+  if (!m_device || !m_device->TryAcquire()) return;
+  const bool done = ProcessCL(*m_device, m_store, m_ignores, m_settings, path, &m_deviceScores);
+  m_device->Release();
+  if (done) return;
+  CLog::Instance().Line("OpenCL use failed");
+  m_deviceScores.clear();
+}
+
 bool CAudioComparer::CompareFile(const std::string& path) {
+  UseDevice(path);
   AudioEntry target;
   if (!m_store.FindEntry(path, &target)) return false;
-  AudioGate gate;
-  gate.group = static_cast<uint8_t>(target.group);
-  gate.durationMs = target.info->durationMs;
-  if (m_settings.mode & AudioSettings::kDuration && static_cast<double>(m_settings.duration) > 1e-6)
-    gate.ratio = m_settings.duration;
+  const AudioGate gate = StoreGate(m_settings, target);
 
   m_targetReady = false;
   bool done = true;
@@ -187,10 +192,7 @@ bool CAudioComparer::CompareFile(const std::string& path) {
 }
 
 bool CAudioComparer::ComparePair(const AudioEntry& target, const AudioEntry& candidate) {
-  if (m_ignores.IsPairIgnored(target.info->path, candidate.info->path)) return true;
-  const bool hasKeys = target.keys && candidate.keys;
-  if (m_settings.tagGate != 0 && hasKeys && CutByTags(m_settings, *target.keys, *candidate.keys))
-    return true;
+  if (IsPairCut(m_settings, m_ignores, target, candidate)) return true;
 
   float precise = kNoScore;
   float content = kNoScore;
@@ -199,7 +201,7 @@ bool CAudioComparer::ComparePair(const AudioEntry& target, const AudioEntry& can
     return false;
   if (m_settings.mode & AudioSettings::kContent && target.spectrum && candidate.spectrum)
     content = ContentScore(*target.spectrum, *candidate.spectrum);
-  if (m_settings.mode & AudioSettings::kTags && hasKeys)
+  if (m_settings.mode & AudioSettings::kTags && target.keys && candidate.keys)
     tags = TagScore(*target.keys, *candidate.keys);
 
   // A score that was not computed is below every threshold.
@@ -216,9 +218,15 @@ bool CAudioComparer::PreciseScore(const AudioEntry& target, const AudioEntry& ca
     *score = std::clamp(ScoreCorrelogram(*target.correlogram, *candidate.correlogram), 0.0F, 1.0F);
     return true;
   }
-  if (!target.bark || !candidate.bark || target.bark->length < kBarkPattern ||
-      candidate.bark->length < kBarkPattern)
+  if (!target.bark || !candidate.bark) return true;
+  if (!m_deviceScores.empty()) {
+    const auto found = std::lower_bound(
+        m_deviceScores.begin(), m_deviceScores.end(), candidate.ordinal,
+        [](const DeviceScore& row, uint32_t ordinal) { return row.ordinal < ordinal; });
+    if (found != m_deviceScores.end() && found->ordinal == candidate.ordinal) *score = found->score;
     return true;
+  }
+  if (target.bark->length < kBarkPattern || candidate.bark->length < kBarkPattern) return true;
   if (!m_targetReady) {
     if (!Precalculate(*target.bark, &m_target))
       return CSystemError::Bool("CompareFile", 534, false);

@@ -9,10 +9,12 @@
 
 #include "audio/audio_settings.h"
 #include "audio/audio_store.h"
+#include "audio/device_comparison.h"
 #include "audio/pair_sink.h"
 #include "audio/precise.h"
 #include "audio/sound_print.h"
 #include "decoding/audio_decoder.h"
+#include "device/opencl.h"
 #include "storage/file_info.h"
 #include "storage/ignore_list.h"
 
@@ -23,9 +25,9 @@ class CAudioComparer {
   // What is asked for, as bits of a request.
   using enum AudioEntry::Part;
 
-  // All must outlive the comparer.
+  // All must outlive the comparer. With no device the processor computes every score.
   CAudioComparer(CAudioDecoder& decoder, CAudioStore& store, const CIgnoreList& ignores,
-                 const AudioSettings& settings, CAudioPairSink& sink);
+                 const AudioSettings& settings, CAudioPairSink& sink, COpenCL* device = nullptr);
 
   // True when the file is finished and counts; false when nothing is to be done, when a step failed
   // or when the file is none of ours (the ordinary case: no report).
@@ -51,6 +53,8 @@ class CAudioComparer {
                                      const wire::AudioInfo* info, AudioEntry* parts);
   [[nodiscard]] bool MakePrints(uint32_t request, AudioEntry* parts);
 
+  // Fills m_deviceScores if the device is free, and leaves it empty otherwise.
+  void UseDevice(const std::string& path);
   // False when a step failed; a pair that is cut or not alike is no failure.
   [[nodiscard]] bool ComparePair(const AudioEntry& target, const AudioEntry& candidate);
   // Leaves `score` alone where two files have no precise score.
@@ -62,8 +66,10 @@ class CAudioComparer {
   const CIgnoreList& m_ignores;
   const AudioSettings& m_settings;
   CAudioPairSink& m_sink;
+  COpenCL* const m_device;
   CSoundPrint m_sound;
   std::vector<AudioEntry> m_found;  // the stretch of the walk in hand
+  DeviceScores m_deviceScores;      // of this walk; empty unless the device has worked
   bool m_targetReady = false;       // m_target has been made in this walk
   BarkData m_target;
   BarkData m_candidate;  // overwritten from pair to pair

@@ -4,12 +4,16 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
+#include <filesystem>
 #include <random>
+#include <thread>
 
-#include "audio/sound_print.h"
+#include "audio/audio_comparer.h"
+#include "core/log.h"
 #include "device/block_shape.h"
-#include "support/media_maker.h"
+#include "support/temp_folder.h"
 #include "support/test_device.h"
 
 namespace quill {
@@ -88,7 +92,7 @@ class DeviceComparison : public testing::Test {
   static void ExpectCheck(const Block& block, uint64_t workSize) {
     SCOPED_TRACE(testing::Message() << "work size " << workSize);
     ASSERT_TRUE(s_device->Reinit(test::DeviceName(*s_device), workSize));
-    ASSERT_TRUE(test::AcquireSoon(*s_device));
+    if (!test::AcquireSoon(*s_device)) FAIL();
     std::vector<float> found, expected;
     const bool done = s_device->Process(block.target, block.targetLength, block.candidates,
                                         block.lengths, &found);
@@ -114,7 +118,7 @@ TEST_F(DeviceComparison, EveryWorkSizeGivesTheSweepsOfTheProcessor) {
   Random random(1);
   const Block noise = RandomBlock(random, Noise, 637, {637, 300, 301, 500, 637, 636});
   const Block drift = RandomBlock(random, Drift, 611, {637, 300, 301, 500, 637, 636});
-  for (const uint64_t size : {1, 2, 7, 31, 32, 33, 64, 100, 256, 1024, 100000}) {
+  for (const uint64_t size : {1, 5, 31, 33, 64, 100, 256, 100000}) {
     ExpectCheck(noise, size);
     ExpectCheck(drift, size);
   }
@@ -130,6 +134,222 @@ TEST_F(DeviceComparison, EveryLength) {
     ExpectCheck(RandomBlock(random, Drift, target, lengths), 64);
     ExpectCheck(RandomBlock(random, Noise, target, lengths), 64);
   }
+}
+
+TEST_F(DeviceComparison, ADeviceWithoutImagesTakesBuffers) {
+  Random random(3);
+  const Block block = RandomBlock(random, Drift, 590, {637, 300, 411});
+  s_device->Disable();
+  (*s_control)->noImages = true;
+  ExpectCheck(block, 64);
+  ExpectCheck(block, 5);
+  s_device->Disable();
+  s_control->Reset();
+}
+
+TEST_F(DeviceComparison, TooShortAndFlatSeriesScoreNothing) {
+  Random random(4);
+  const auto flat = [](Random&, uint8_t* row, int32_t length) { std::fill_n(row, length, 255); };
+  std::vector<std::pair<Block, bool>> blocks;  // and whether all of it scores nothing
+  blocks.emplace_back(RandomBlock(random, Noise, 637, {637, 299, 637, 1, 0, 637}), false);
+  blocks.emplace_back(RandomBlock(random, Noise, 299, {637, 299}), true);
+  blocks.emplace_back(RandomBlock(random, flat, 637, {637, 300}), true);
+  ASSERT_TRUE(s_device->Reinit(test::DeviceName(*s_device), 64));
+  for (const auto& [block, all] : blocks) {
+    if (!test::AcquireSoon(*s_device)) FAIL();
+    std::vector<float> out;
+    const bool done =
+        s_device->Process(block.target, block.targetLength, block.candidates, block.lengths, &out);
+    s_device->Release();
+    ASSERT_TRUE(done);
+    for (size_t i = 0; i < out.size(); ++i) {
+      if (all || block.lengths[i / 2 % block.lengths.size()] < 300) {
+        EXPECT_EQ(out[i], 0) << i;
+      } else {
+        EXPECT_GT(out[i], 0) << i;
+      }
+    }
+  }
+}
+
+struct Pair {
+  std::string first, second;
+  float precise;
+};
+
+// An engine whose files are put into the store by hand, all with prints that are alike in part.
+class CEngine : public CAudioPairSink {
+ public:
+  explicit CEngine(COpenCL* device)
+      : m_comparer(m_decoder, m_store, m_ignores, m_settings, *this, device) {
+    m_settings.Configure(false, false, true, true, true, 1, 1, 0.02F, 0.7F);
+  }
+  bool LockedAdd(const CRef<const ItemBase>& first, uint8_t, const CRef<const ItemBase>& second,
+                 uint8_t, float, float, float precise) override {
+    m_pairs.push_back({first->path, second->path, precise});
+    return true;
+  }
+  void File(const std::string& path, const CRef<const BarkPrint>& bark, uint8_t group = 0,
+            uint32_t durationMs = 60000) {
+    auto item = MakeRef<ItemBase>();
+    item->path = path;
+    item->durationMs = durationMs;
+    AudioEntry parts;
+    parts.info = item;
+    parts.bark = bark;
+    ASSERT_EQ(m_store.File(path, parts, group, false), CAudioStore::Filed::kYes);
+  }
+
+  CDecoderTable m_table;
+  CProcessLink m_link{m_table, "/no decoder"};
+  CAudioDecoder m_decoder{m_link};
+  CCacheStore m_cache;
+  CScanCounters m_counters;
+  CAudioStore m_store{m_cache, m_counters};
+  CIgnoreList m_ignores;
+  AudioSettings m_settings;
+  std::vector<Pair> m_pairs;
+  CAudioComparer m_comparer;
+};
+
+CRef<const BarkPrint> MakePrint(Random& random, RowFiller fill, int32_t length) {
+  auto print = MakeRef<BarkPrint>();
+  print->length = length;
+  for (int32_t band = 0; band < kBarkBands; ++band) fill(random, print->Band(band), length);
+  return print;
+}
+
+class DeviceScan : public DeviceComparison {
+ protected:
+  DeviceScan() {
+    CLog::Instance().SetFolder(m_logs.Path());
+    EXPECT_TRUE(s_device->Reinit(test::DeviceName(*s_device), 64));
+    if (!test::AcquireSoon(*s_device)) {
+      ADD_FAILURE() << "no device";
+      return;
+    }
+    s_device->Release();
+  }
+  ~DeviceScan() override {
+    s_control->Reset();
+    CLog::Instance().SetFolder({});
+  }
+  size_t CountInLog(std::string_view text) {
+    CLog::Instance().SetFolder(m_logs.Path());
+    size_t count = 0;
+    for (const auto& file : std::filesystem::directory_iterator(m_logs.Path())) {
+      const std::string log = test::ReadAll(file.path());
+      for (size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1))
+        ++count;
+    }
+    return count;
+  }
+
+  test::CTempFolder m_logs;
+};
+
+TEST_F(DeviceScan, BlocksOfAThousand) {
+  Random random(5);
+  std::vector<CRef<const BarkPrint>> prints;
+  for (int i = 0; i < 7; ++i) prints.push_back(MakePrint(random, Noise, 300 + i));
+  struct Case {
+    size_t candidates;
+    int blocks;
+  };
+  for (const Case c : {Case{0, 0}, {1, 1}, {999, 1}, {1000, 1}, {1001, 2}, {2500, 3}}) {
+    SCOPED_TRACE(c.candidates);
+    CEngine engine(nullptr);
+    for (size_t i = 0; i < c.candidates; ++i)
+      engine.File("/" + std::to_string(i), prints[i % prints.size()]);
+    engine.File("/target", prints[0]);
+    // Far from failing, it counts.
+    s_control->FailAfter("clEnqueueReadBuffer", 1000);
+    if (!test::AcquireSoon(*s_device)) FAIL();
+    DeviceScores scores;
+    const bool done = ProcessCL(*s_device, engine.m_store, engine.m_ignores, engine.m_settings,
+                                "/target", &scores);
+    s_device->Release();
+    ASSERT_TRUE(done);
+    EXPECT_EQ(1000 - (*s_control)->passes, c.blocks);
+    ASSERT_EQ(scores.size(), c.candidates);
+    for (size_t i = 0; i < scores.size(); ++i) {
+      EXPECT_EQ(scores[i].ordinal, i + 1);
+      if (i % prints.size() == 0)
+        ASSERT_NEAR(scores[i].score, 1, 1e-4) << i;
+      else
+        ASSERT_NEAR(scores[i].score, scores[i % prints.size()].score, 1e-6) << i;
+    }
+  }
+}
+
+// Whatever becomes of the device, a scan finds the same pairs with the same scores.
+TEST_F(DeviceScan, SamePairsWithAndWithoutADevice) {
+  Random random(6);
+  struct File {
+    CRef<const BarkPrint> bark;
+    uint8_t group;
+    uint32_t durationMs;
+  };
+  std::vector<File> files;
+  for (uint32_t i = 0; i < 60; ++i) {
+    const auto group = static_cast<uint8_t>(i % 11 == 0 ? 1 : 0);
+    const uint32_t durationMs = i % 13 == 0 ? 600000 : 60000 + i;
+    const int32_t length = 300 + static_cast<int32_t>(random() % 338);
+    CRef<const BarkPrint> bark;  // every ninth has none
+    if (i % 9 != 4) bark = i % 5 == 3 ? files[i - 3].bark : MakePrint(random, Drift, length);
+    files.push_back({bark, group, durationMs});
+  }
+  const auto scan = [&](COpenCL* device) {
+    CEngine engine(device);
+    engine.m_ignores.AddIgnore("/0", "/3");
+    for (size_t i = 0; i < files.size(); ++i) {
+      const std::string path = "/" + std::to_string(i);
+      engine.File(path, files[i].bark, files[i].group, files[i].durationMs);
+      EXPECT_TRUE(engine.m_comparer.CompareFile(path));
+    }
+    return engine.m_pairs;
+  };
+  const std::vector<Pair> expected = scan(nullptr);
+  ASSERT_GT(expected.size(), 100U);
+  const auto expectSame = [&](const std::vector<Pair>& found) {
+    ASSERT_EQ(found.size(), expected.size());
+    for (size_t i = 0; i < found.size(); ++i) {
+      EXPECT_EQ(found[i].first, expected[i].first);
+      EXPECT_EQ(found[i].second, expected[i].second);
+      EXPECT_NEAR(found[i].precise, expected[i].precise, 1e-4);
+    }
+  };
+  expectSame(scan(s_device));
+  const auto printless = static_cast<size_t>(
+      std::count_if(files.begin(), files.end(), [](const File& file) { return !file.bark; }));
+  EXPECT_EQ(CountInLog("OpenCL use failed"), printless);
+  // It fails in the middle of a file, and for good.
+  s_control->FailAfter("clSetKernelArg", 1000);
+  expectSame(scan(s_device));
+  EXPECT_GT(CountInLog("OpenCL use failed"), 2 * printless + 10);
+  s_control->Reset();
+  s_device->Disable();
+  expectSame(scan(s_device));
+
+  // The user changes his mind all the while, and two workers want the device.
+  const std::string name = test::DeviceName(*s_device);
+  std::atomic<int> scanning{2};
+  std::vector<Pair> found[2];
+  std::vector<std::thread> workers;
+  for (std::vector<Pair>& pairs : found)
+    workers.emplace_back([&] {
+      for (int round = 0; round < 5; ++round) pairs = scan(s_device);
+      --scanning;
+    });
+  for (uint64_t turn = 0; scanning > 0; ++turn) {
+    EXPECT_TRUE(s_device->Reinit(name, 64));
+    EXPECT_TRUE(s_device->Reinit(name, 256));
+    if (turn % 2 == 0 && test::AcquireSoon(*s_device)) s_device->Release();
+    std::this_thread::sleep_for(std::chrono::milliseconds(turn % 5 * 10));
+    s_device->Disable();
+  }
+  for (std::thread& worker : workers) worker.join();
+  for (const std::vector<Pair>& pairs : found) expectSame(pairs);
 }
 
 }  // namespace
