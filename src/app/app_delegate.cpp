@@ -1,5 +1,6 @@
 #include "app/app_delegate.h"
 
+#include <algorithm>
 #include <ctime>
 #include <filesystem>
 #include <new>
@@ -54,10 +55,11 @@ TDXAppDelegate::TDXAppDelegate(CMainQueue& queue, CFrontEnd& frontEnd)
   m_audioDups.m_controller = &m_audioAnalysis;
   m_audioAnalysis.m_controller = &m_audioDups;
 
+  _openCL = std::make_unique<COpenCL>();
   _workers = std::make_unique<CWorkers>(m_counters, [this] {
     return std::make_unique<CScanEngines>(CDecoderTable::Instance(), m_settings, m_ignores,
                                           m_audioStore, m_audioDups, m_imageStore, m_imageDups,
-                                          m_analysisStore, m_audioAnalysis);
+                                          m_analysisStore, m_audioAnalysis, _openCL.get());
   });
   _workers->m_callback = post(&TDXAppDelegate::PoolChanged);
 
@@ -98,6 +100,14 @@ void TDXAppDelegate::ReloadConfig() {
   const CConfiguration& configuration = CConfiguration::Instance();
   if (m_audioDups.ReloadSettings()) Reload(ResultsTab::kAudioDups);
   if (m_imageDups.ReloadSettings()) Reload(ResultsTab::kImageDups);
+
+  if (configuration.GetBool("enableOpenCL", false)) {
+    const int32_t workSize = configuration.GetInteger("valueOpenCLWorkSize", 64);
+    (void)_openCL->Reinit(configuration.GetString("valueOpenCLDevice", {}),
+                          static_cast<uint64_t>(std::max(workSize, 0)));
+  } else {
+    _openCL->Disable();
+  }
 
   AudioSettings audio;
   audio.Configure(configuration.GetBool("enableAudioTags", true),
@@ -297,6 +307,7 @@ void TDXAppDelegate::ApplicationWillTerminate() {
   m_imageDups.m_journal = nullptr;
   m_audioAnalysis.m_journal = nullptr;
   _journal.reset();
+  _openCL.reset();
 }
 
 void TDXAppDelegate::SetMode(ScanMode mode) {

@@ -21,6 +21,7 @@
 #include "core/scan_counters.h"
 #include "decoding/decoder_table.h"
 #include "decoding/tag_access.h"
+#include "device/opencl.h"
 #include "image/image_store.h"
 #include "results/audio_analysis_controller.h"
 #include "results/audio_dups_controller.h"
@@ -112,6 +113,7 @@ class TDXAppDelegate : private CAnalysisRequests {
   [[nodiscard]] bool CacheLoaded() const { return m_cacheLoaded; }
   // Null after termination.
   [[nodiscard]] CWorkers* GetWorkers() { return _workers.get(); }
+  [[nodiscard]] COpenCL* GetOpenCL() { return _openCL.get(); }
 
  private:
   void SetMode(ScanMode mode);
@@ -146,6 +148,7 @@ class TDXAppDelegate : private CAnalysisRequests {
   CAudioDupsController m_audioDups;
   CImageDupsController m_imageDups;
   CAudioAnalysisController m_audioAnalysis;
+  std::unique_ptr<COpenCL> _openCL;
   std::unique_ptr<CWorkers> _workers;
   std::unique_ptr<CResultsJournal> _journal;
   std::unique_ptr<CTagAccess> m_tags;

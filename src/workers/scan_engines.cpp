@@ -6,12 +6,12 @@ CScanEngines::CScanEngines(CDecoderTable& table, const CScanSettings& settings,
                            const CIgnoreList& ignores, CAudioStore& audioStore,
                            CAudioPairSink& audioPairs, CImageStore& imageStore,
                            CImagePairSink& imagePairs, CAnalysisStore& analysisStore,
-                           CAnalysisSink& analyses)
+                           CAnalysisSink& analyses, COpenCL* device)
     : m_settings(settings),
       m_link(table),
       m_audioDecoder(m_link),
       m_imageDecoder(m_link),
-      m_audio(m_audioDecoder, audioStore, ignores, m_audioSettings, audioPairs),
+      m_audio(m_audioDecoder, audioStore, ignores, m_audioSettings, audioPairs, device),
       m_image(m_imageDecoder, imageStore, ignores, m_imageSettings, imagePairs),
       m_analyser(m_audioDecoder, analysisStore, ignores, analyses) {}
 

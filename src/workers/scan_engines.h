@@ -13,6 +13,7 @@
 #include "decoding/decoder_table.h"
 #include "decoding/image_decoder.h"
 #include "decoding/process_link.h"
+#include "device/opencl.h"
 #include "image/image_comparer.h"
 #include "image/image_settings.h"
 #include "workers/scan_settings.h"
@@ -22,10 +23,11 @@ namespace quill {
 
 class CScanEngines : public CFileEngines {
  public:
-  // All must outlive the engines.
+  // All must outlive the engines. `device` may be null.
   CScanEngines(CDecoderTable& table, const CScanSettings& settings, const CIgnoreList& ignores,
                CAudioStore& audioStore, CAudioPairSink& audioPairs, CImageStore& imageStore,
-               CImagePairSink& imagePairs, CAnalysisStore& analysisStore, CAnalysisSink& analyses);
+               CImagePairSink& imagePairs, CAnalysisStore& analysisStore, CAnalysisSink& analyses,
+               COpenCL* device = nullptr);
 
   [[nodiscard]] bool ProcessFile(const std::string& path, uint8_t group, bool analysis) override;
 

@@ -3,12 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <map>
+#include <set>
 
 #include "core/configuration.h"
 #include "core/log.h"
 #include "support/manual_queue.h"
 #include "support/media_maker.h"
 #include "support/temp_folder.h"
+#include "support/test_device.h"
 
 namespace quill {
 namespace {
@@ -113,6 +117,59 @@ TEST_F(AppDelegateTest, AScanEndsInPairsAndASecondOneDecodesNothing) {
   EXPECT_EQ(m_delegate->AudioDups().PairCount(), 3U);
   EXPECT_EQ(m_delegate->Counters().processed, 4);
   Terminate();
+}
+
+// The prints of real sound: the device scores them as the processor does, and is let go of in
+// order.
+TEST_F(AppDelegateTest, AScanOnTheDeviceFindsTheSamePairs) {
+  setenv("POCL_CACHE_DIR", DEVICE_CACHE, 1);
+  m_store.Set("enableThreadLimit", true);
+  m_store.Set("valueThreadLimit", int32_t{1});
+  m_store.Set("valueAudioPrecise", 0.0);
+  const auto scan = [&] {
+    ScanToTheEnd();
+    std::map<std::set<std::string>, float> scores;
+    m_delegate->AudioDups().ForEachMatch([&](const CAudioDupsController::PairData& pair) {
+      scores[{pair.first->base->path, pair.second->base->path}] = pair.scores.back();
+    });
+    return scores;
+  };
+  Start();
+  const auto expected = scan();
+  EXPECT_EQ(expected.size(), 6U);
+
+  COpenCL& device = *m_delegate->GetOpenCL();
+  EXPECT_FALSE(device.TryAcquire()) << "off by default";
+  std::vector<std::string> names;
+  ASSERT_TRUE(device.GetDevices(&names)) << "is pocl-opencl-icd installed?";
+  ASSERT_FALSE(names.empty());
+  m_store.Set("enableOpenCL", true);
+  m_store.Set("valueOpenCLDevice", names.front());
+  m_delegate->ReloadConfig();
+  if (!test::AcquireSoon(device)) FAIL() << "the device does not start";
+  device.Release();
+  const auto found = scan();
+  ASSERT_EQ(found.size(), expected.size());
+  for (auto a = found.begin(), b = expected.begin(); a != found.end(); ++a, ++b) {
+    EXPECT_EQ(a->first, b->first);
+    EXPECT_NEAR(a->second, b->second, 1e-4);
+  }
+  // With nothing to score, a device that is asked says so.
+  m_store.Set("enableAudioPrecise", false);
+  m_delegate->ReloadConfig();
+  (void)scan();
+  m_store.Set("enableOpenCL", false);
+  m_delegate->ReloadConfig();
+  EXPECT_FALSE(device.TryAcquire());
+  (void)scan();
+  m_store.Set("enableOpenCL", true);
+  m_delegate->ReloadConfig();
+  Terminate();
+  const std::string log = LogText();
+  size_t refused = 0;
+  for (size_t at = 0; (at = log.find("OpenCL use failed", at)) != std::string::npos; ++at)
+    ++refused;
+  EXPECT_EQ(refused, 4U) << "one for each file of the one scan without precise scores\n" << log;
 }
 
 TEST_F(AppDelegateTest, StartLogsItsStepsInOrder) {
