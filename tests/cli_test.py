@@ -270,6 +270,21 @@ class Scanning(CommandLine):
         self.assertEqual(done.returncode, 1)
         self.assertIn(b"neither sound nor a picture", done.stdout)
 
+    def test_benchmark_lists_and_measures_devices(self):
+        environment = dict(os.environ, POCL_CACHE_DIR=str(PROGRAMS.parent / "device-cache"))
+        listed = self.run_cli("benchmark", env=environment)
+        self.assertEqual(listed.returncode, 0, listed.stderr)
+        names = listed.stdout.decode().splitlines()
+        self.assertTrue(names)
+        done = self.run_cli("benchmark", "--device", names[0], env=environment)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertRegex(done.stdout.decode(), r"\ASuccessful\n\nCPU speed \(1 core\): \d+ms.*\n"
+                                               r"OpenCL device speed: \d+ms.*\n\Z")
+        unknown = self.run_cli("benchmark", "--device", names[0] + "x", env=environment)
+        self.assertEqual(unknown.returncode, 1)
+        self.assertEqual(unknown.stdout, listed.stdout)
+        self.assertIn(b"there is no compute device", unknown.stderr)
+
     def test_an_interrupted_scan_ends_in_order_and_keeps_what_it_learned(self):
         many = self.folder / "many"
         for i in range(12):

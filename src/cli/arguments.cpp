@@ -123,6 +123,8 @@ bool CheckWords(const Arguments& arguments, std::string* error) {
   } else if (arguments.yes && !arguments.trash && arguments.moveFolder.empty()) {
     *error = "--yes goes with --trash or --move";
   }
+  if (!arguments.device.empty() && arguments.command != Command::kBenchmark)
+    *error = "--device goes with benchmark";
   switch (arguments.command) {
     case Command::kScan:
       if (arguments.folders.empty()) *error = "scan needs a folder";
@@ -149,6 +151,9 @@ bool CheckWords(const Arguments& arguments, std::string* error) {
       if (!list && !add) *error = "ignore takes \"list\", \"add FILE [FILE]\" or \"clear\"";
       break;
     }
+    case Command::kBenchmark:
+      if (!words.empty()) *error = Quoted("benchmark takes --device NAME, not ", words[0]);
+      break;
     case Command::kHelp:
     case Command::kVersion:
       break;
@@ -177,11 +182,11 @@ bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
         continue;
       }
       static const std::pair<const char*, Command> kCommands[] = {
-          {"scan", Command::kScan},      {"resume", Command::kResume},
-          {"show", Command::kShow},      {"mark", Command::kMark},
-          {"probe", Command::kProbe},    {"cache", Command::kCache},
-          {"ignore", Command::kIgnore},  {"help", Command::kHelp},
-          {"version", Command::kVersion}};
+          {"scan", Command::kScan},     {"resume", Command::kResume},
+          {"show", Command::kShow},     {"mark", Command::kMark},
+          {"probe", Command::kProbe},   {"cache", Command::kCache},
+          {"ignore", Command::kIgnore}, {"benchmark", Command::kBenchmark},
+          {"help", Command::kHelp},     {"version", Command::kVersion}};
       for (const auto& [name, command] : kCommands) {
         if (word != name) continue;
         arguments->command = command;
@@ -215,7 +220,7 @@ bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
       continue;
     }
     static constexpr const char* kOptions[] = {"--data-dir", "--set",  "--threads", "--group",
-                                               "--save",     "--move", "--export"};
+                                               "--save",     "--move", "--export",  "--device"};
     if (std::none_of(std::begin(kOptions), std::end(kOptions),
                      [&](const char* option) { return word == option; })) {
       *error = Quoted("there is no option ", word);
@@ -236,6 +241,12 @@ bool ParseArguments(const std::vector<std::string>& words, Arguments* arguments,
       arguments->saveFile = AbsolutePath(value);
     } else if (word == "--export") {
       arguments->exportFile = AbsolutePath(value);
+    } else if (word == "--device") {
+      if (value.empty()) {
+        *error = "--device needs a name";
+        return false;
+      }
+      arguments->device = value;
     } else if (word == "--move") {
       if (value.empty()) {
         *error = "--move needs a folder";
@@ -294,6 +305,10 @@ Commands
   ignore list         files and pairs that scans leave alone
   ignore add A [B]    leave the file A, or the pair A and B, alone
   ignore clear        empty that list
+  benchmark [--device NAME]
+                      test a compute device, by default the one of the setting valueOpenCLDevice,
+                      and compare its speed with one processor core; with neither, list the
+                      devices
 
 Options
   --data-dir DIR      keep settings, cache, ignore list and logs in DIR

@@ -10,7 +10,18 @@
 
 namespace quill::cli {
 
-enum class Command { kHelp, kVersion, kScan, kResume, kShow, kMark, kProbe, kCache, kIgnore };
+enum class Command {
+  kHelp,
+  kVersion,
+  kScan,
+  kResume,
+  kShow,
+  kMark,
+  kProbe,
+  kCache,
+  kIgnore,
+  kBenchmark
+};
 
 struct Arguments {
   Command command = Command::kHelp;
@@ -25,6 +36,7 @@ struct Arguments {
   bool trash = false;                      // mark
   std::string moveFolder;                  // mark; empty for none
   bool yes = false;                        // mark: the question is answered
+  std::string device;                      // benchmark; empty: as the settings say
   std::vector<std::string> words;          // the other commands' own words
 };
 

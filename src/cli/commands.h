@@ -18,6 +18,7 @@ inline constexpr int kExitInterrupted = 130;
 [[nodiscard]] int RunProbe(const Arguments& arguments);
 [[nodiscard]] int RunCache(const Arguments& arguments);
 [[nodiscard]] int RunIgnore(const Arguments& arguments);
+[[nodiscard]] int RunBenchmark(const Arguments& arguments);
 
 // The whole program over its words, the program's name not among them.
 [[nodiscard]] int Run(const std::vector<std::string>& words);

@@ -40,6 +40,8 @@ int Run(const std::vector<std::string>& words) {
       return RunCache(arguments);
     case Command::kIgnore:
       return RunIgnore(arguments);
+    case Command::kBenchmark:
+      return RunBenchmark(arguments);
     case Command::kVersion:
       return Print("quillmarsh-cli " QUILLMARSH_VERSION "\n") ? kExitDone : kExitFailed;
     case Command::kHelp:

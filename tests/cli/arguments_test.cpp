@@ -49,6 +49,9 @@ TEST(Arguments, RefusesWhatWouldBeMisunderstood) {
       {"ignore", "add", "/a", "/b", "/c"},
       {"probe"},
       {"probe", "--json", "/a"},
+      {"benchmark", "device"},
+      {"benchmark", "--device", ""},
+      {"scan", "/a", "--device", "x"},
   };
   for (const auto& words : cases) {
     Arguments arguments;

@@ -47,6 +47,7 @@ class CDeviceControl {
   void Reset() const {
     m_fake->failing = nullptr;
     m_fake->noImages = false;
+    m_fake->wrong = false;
     m_fake->kernelLimit = 0;
   }
 

@@ -12,6 +12,7 @@ struct FakeOpenCL {
   std::atomic<size_t> kernelLimit{0};         // CL_KERNEL_WORK_GROUP_SIZE, unless 0
   std::atomic<const char*> failing{nullptr};  // the function that fails, null for none
   std::atomic<int> passes{0};                 // its calls that still succeed
+  std::atomic<bool> wrong{false};             // what is read back is not what was computed
   std::atomic<int> objects{0};                // made and not released
   std::atomic<int> builds{0};
 };

@@ -105,7 +105,10 @@ cl_int clEnqueueNDRangeKernel(cl_command_queue q, cl_kernel k, cl_uint dimension
 }
 cl_int clEnqueueReadBuffer(cl_command_queue q, cl_mem m, cl_bool blocks, size_t offset, size_t size,
                            void* data, cl_uint n, const cl_event* waits, cl_event* done) {
-  FAIL_OR(clEnqueueReadBuffer, q, m, blocks, offset, size, data, n, waits, done);
+  if (Fails("clEnqueueReadBuffer")) return CL_OUT_OF_RESOURCES;
+  const cl_int error = REAL(clEnqueueReadBuffer)(q, m, blocks, offset, size, data, n, waits, done);
+  if (g_fakeOpenCL.wrong) static_cast<float*>(data)[size / sizeof(float) - 1] += 0.04F;
+  return error;
 }
 cl_int clFinish(cl_command_queue q) {
   FAIL_OR(clFinish, q);
