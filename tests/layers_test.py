@@ -17,11 +17,15 @@ LAYERS = {
     "audio": LOW | {"decoding", "device"},
     "image": LOW | {"decoding"},
     "results": LOW | {"decoding", "device", "audio", "image"},
+    "inspection": LOW | {"decoding"},
     "workers": LOW | {"decoding", "device", "audio", "image", "results"},
     "app": LOW | {"decoding", "device", "audio", "image", "results", "workers"},
-    "platform": LOW | {"decoding", "device", "audio", "image", "results", "workers", "app"},
+    "platform": LOW
+    | {"decoding", "device", "audio", "image", "results", "inspection", "workers", "app"},
     "cli": LOW | {"decoding", "device", "audio", "image", "results", "workers", "app", "platform"},
-    "ui": LOW | {"decoding", "device", "audio", "image", "results", "workers", "app", "platform"},
+    "ui": LOW
+    | {"decoding", "device", "audio", "image", "results", "inspection", "workers", "app"}
+    | {"platform"},
     "decoder": set(),
 }
 # Single headers allowed on top of the table.
