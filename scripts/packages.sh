@@ -6,9 +6,9 @@ BUILD_PACKAGES=(
   qt6-base-dev qt6-svg-dev qt6-image-formats-plugins
   libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
   libvips-dev libtag1-dev
-  libfftw3-dev libhwy-dev libunistring-dev opencl-headers
+  libfftw3-dev libhwy-dev libunistring-dev libcubeb-dev opencl-headers
 )
-TEST_PACKAGES=(libgtest-dev pocl-opencl-icd ffmpeg python3 clang-format clang)
+TEST_PACKAGES=(libgtest-dev pocl-opencl-icd ffmpeg python3 procps clang-format clang)
 
 # need_packages PACKAGE...: installs those that are missing; silent and quick when none is.
 need_packages() {

@@ -1,0 +1,40 @@
+// The audio output by cubeb, which picks PulseAudio, PipeWire, ALSA or JACK. One stream at a time.
+#pragma once
+
+#include "inspection/audio_output.h"
+
+struct cubeb;
+struct cubeb_stream;
+
+namespace quill {
+
+class CCubebOutput : public CAudioOutput {
+ public:
+  CCubebOutput() = default;
+  ~CCubebOutput() override;
+  CCubebOutput(const CCubebOutput&) = delete;
+  CCubebOutput& operator=(const CCubebOutput&) = delete;
+
+  [[nodiscard]] bool Open(const Format& format, Render render, void* parameter,
+                          std::function<void()> gone) override;
+  [[nodiscard]] bool Start() override;
+  void Stop() override;
+  void Close() override;
+  void SetVolume(float volume) override;
+
+ private:
+  static long Data(cubeb_stream* stream, void* output, const void* input, void* buffer,
+                   long frames);
+  // `state` is cubeb's.
+  static void StateChanged(CCubebOutput* output, int state);
+
+  cubeb* m_context = nullptr;
+  cubeb_stream* m_stream = nullptr;
+  // Constant while a stream is open.
+  Render m_render = nullptr;
+  void* m_parameter = nullptr;
+  std::function<void()> m_gone;
+  uint32_t m_frameSize = 0;
+};
+
+}  // namespace quill
