@@ -19,6 +19,7 @@
 #include "core/configuration.h"
 #include "decoding/process_link.h"
 #include "platform/attention.h"
+#include "platform/cubeb_output.h"
 #include "ui/audio_analysis_view.h"
 #include "ui/audio_dups_view.h"
 #include "ui/documents.h"
@@ -27,6 +28,7 @@
 #include "ui/icons.h"
 #include "ui/image_dups_view.h"
 #include "ui/path_text.h"
+#include "ui/player_window.h"
 #include "ui/preferences_window.h"
 #include "ui/results_view.h"
 #include "ui/status_view.h"
@@ -92,9 +94,12 @@ TDXMainWindow::TDXMainWindow(CMainQueue& queue)
   connect(&m_restore, &QTimer::timeout, this, &TDXMainWindow::Restore);
 
   m_folders = new TDXFoldersView(*m_delegate);
-  m_views[Index(ResultsTab::kAudioDups)] = new TDXAudioDupsView(*m_delegate, m_files);
+  auto* const audio = new TDXAudioDupsView(*m_delegate, m_files);
+  m_views[Index(ResultsTab::kAudioDups)] = audio;
   m_views[Index(ResultsTab::kImageDups)] = new TDXImageDupsView(*m_delegate, m_files);
-  m_views[Index(ResultsTab::kAudioAnalysis)] = new TDXAudioAnalysisView(*m_delegate, m_files);
+  auto* const quality = new TDXAudioAnalysisView(*m_delegate, m_files);
+  m_views[Index(ResultsTab::kAudioAnalysis)] = quality;
+  audio->m_open = quality->m_open = [this](const std::string& path) { return PlayFile(path); };
   m_status = new TDXStatusView;
   m_tabs = new QStackedWidget;
   m_tabs->addWidget(m_folders);
@@ -127,6 +132,7 @@ TDXMainWindow::~TDXMainWindow() {
   // call and are told nothing after it.
   m_delegate->ApplicationWillTerminate();
   // They go before the controllers that they show.
+  delete m_player;
   delete m_preferences;
   delete takeCentralWidget();
   m_folders = nullptr;
@@ -350,6 +356,14 @@ void TDXMainWindow::ShowPreferences() {
   m_preferences->show();
   m_preferences->raise();
   m_preferences->activateWindow();
+}
+
+bool TDXMainWindow::PlayFile(const std::string& path) {
+  if (!CConfiguration::Instance().GetBool("useInternalPlayer", true)) return false;
+  if (!m_player)
+    m_player = new TDXPlayerWindow(std::make_unique<CCubebOutput>(), m_delegate->Queue());
+  m_player->OpenWithFile(path);
+  return true;
 }
 
 void TDXMainWindow::ShowHelp() {

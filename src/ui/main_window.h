@@ -29,6 +29,7 @@ class CDocuments;
 class CHelpWindow;
 class CResultsView;
 class TDXFoldersView;
+class TDXPlayerWindow;
 class TDXPreferencesWindow;
 class TDXStatusView;
 
@@ -94,6 +95,8 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   void TellTroubles();
   void UpdateSummary(ResultsTab tab, const QString& text);
   void ShowPreferences();
+  // False when the desktop's program is to play it.
+  bool PlayFile(const std::string& path);
   void ShowHelp();
   void ShowAbout();
   void SaveLayout();
@@ -114,6 +117,7 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   std::array<QString, 4> m_summaries;      // what each tab has to say for the status bar
   TDXStatusView* m_status = nullptr;
   QPointer<TDXPreferencesWindow> m_preferences;
+  QPointer<TDXPlayerWindow> m_player;   // once a file was played
   CHelpWindow* m_helpWindow = nullptr;  // once it was asked for
 
   QActionGroup* m_tabActions = nullptr;

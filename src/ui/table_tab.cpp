@@ -233,7 +233,7 @@ void CTableTab::ActionMark() {
 
 void CTableTab::OpenRow(int32_t row) {
   const std::string path = m_model->PathAt(row);
-  if (path.empty() || OpenWithDesktop(path)) return;
+  if (path.empty() || (m_open && m_open(path)) || OpenWithDesktop(path)) return;
   const QString shown = ShownPath(path);
   QMessageBox::warning(this, tr("Open"),
                        QFileInfo::exists(shown)

@@ -70,6 +70,8 @@ class CTableTab : public CResultsView {
   [[nodiscard]] QTableView* ResultsTable() const override;
   void ReloadView() override;
   [[nodiscard]] QList<QAction*> MenuActions() const override { return m_menu; }
+  // What opens a file in place of the desktop's program; false when the desktop is to do it.
+  std::function<bool(const std::string& path)> m_open;
   void UpdateActions() override;
   void ActionClear() override;
   [[nodiscard]] QByteArray SaveColumns() const override;
