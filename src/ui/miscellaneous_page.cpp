@@ -77,11 +77,16 @@ QGroupBox* CMiscellaneousPage::MakeScan() {
   flat->setToolTip(tr("Each file with its own pairs, instead of groups of files"));
   Bind(flat, "enableFlatMode");
 
+  auto* const player = new QCheckBox(tr("Play sounds in the &built-in player"));
+  player->setToolTip(tr("Instead of the desktop's own program"));
+  Bind(player, "useInternalPlayer");
+
   auto* const box = new QGroupBox(tr("Scan and results"));
   auto* const grid = new QGridLayout(box);
   grid->addWidget(limit, 0, 0);
   grid->addWidget(threads, 0, 1);
   grid->addWidget(flat, 1, 0, 1, 3);
+  grid->addWidget(player, 2, 0, 1, 3);
   grid->setColumnStretch(2, 1);
   return box;
 }

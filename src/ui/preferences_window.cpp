@@ -11,7 +11,9 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "app/app_delegate.h"
 #include "ui/decoders_page.h"
+#include "ui/device_page.h"
 #include "ui/general_page.h"
 #include "ui/icons.h"
 #include "ui/miscellaneous_page.h"
@@ -29,6 +31,8 @@ TDXPreferencesWindow::TDXPreferencesWindow(TDXAppDelegate& delegate, QWidget* pa
   AddPage(tr("General"), "configure", new CGeneralPage);
   AddPage(tr("Decoders"), "preferences-decoders", m_decoders);
   AddPage(tr("Miscellaneous"), "preferences-miscellaneous", new CMiscellaneousPage(delegate));
+  if (COpenCL* const device = delegate.GetOpenCL())
+    AddPage(tr("OpenCL"), "preferences-device", new CDevicePage(*device, delegate.Queue()));
   m_titles->setFixedWidth(m_titles->sizeHintForColumn(0) + 2 * m_titles->frameWidth() +
                           2 * fontMetrics().averageCharWidth());
 
