@@ -2,8 +2,6 @@
 // thread.
 #pragma once
 
-#include <QList>
-#include <QPair>
 #include <QString>
 #include <string>
 
@@ -31,14 +29,6 @@ class CDocuments {
   [[nodiscard]] const std::string& OpenedFile() const { return _openedFile; }
 
  private:
-  // Extension and name, as CResultsView gives them.
-  using Formats = QList<QPair<QString, QString>>;
-
-  // Asks for a file to write in one of the formats; the answer has the format's extension. Whether
-  // a file may be replaced is asked about that very name. Empty when cancelled.
-  [[nodiscard]] QString ChooseTarget(const QString& title, const QString& start,
-                                     const Formats& formats);
-  [[nodiscard]] bool MayReplace(const QString& path);
   // False after a message when the file is none of ours, as after an open that failed.
   [[nodiscard]] bool MayWrite(const std::string& path);
   void Tell(const QString& title, const QString& text);
