@@ -38,13 +38,21 @@ uint32_t SonogramColour(double fraction) {
   return kBlack | byte(fraction * 2);
 }
 
+double SonogramScale(double height, bool logarithmic) {
+  return logarithmic ? (std::exp(height * std::log(kLogarithmicSpan)) - 1) / (kLogarithmicSpan - 1)
+                     : height;
+}
+
+double SonogramPlace(double frequency, bool logarithmic) {
+  return logarithmic ? std::log(1 + frequency * (kLogarithmicSpan - 1)) / std::log(kLogarithmicSpan)
+                     : frequency;
+}
+
 std::vector<size_t> SonogramRowEnds(size_t bins, int height, bool logarithmic) {
   std::vector<size_t> ends;
   for (int row = 1; row <= height; ++row) {
-    const double share = static_cast<double>(row) / height;
-    const double bin = logarithmic ? (std::exp(share * std::log(kLogarithmicSpan)) - 1) *
-                                         (static_cast<double>(bins) / 100)
-                                   : share * static_cast<double>(bins);
+    const double bin =
+        SonogramScale(static_cast<double>(row) / height, logarithmic) * static_cast<double>(bins);
     ends.push_back(std::min(static_cast<size_t>(bin), bins));
   }
   return ends;

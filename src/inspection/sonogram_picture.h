@@ -10,6 +10,10 @@ namespace quill {
 
 // 0xFFRRGGBB for a fraction of the full scale.
 [[nodiscard]] uint32_t SonogramColour(double fraction);
+// The frequency axis: from a share of the height, counted from the bottom, to the share of the
+// highest frequency that stands there, and back.
+[[nodiscard]] double SonogramScale(double height, bool logarithmic);
+[[nodiscard]] double SonogramPlace(double frequency, bool logarithmic);
 // The bin at the upper edge of each row, counted from the bottom (row 0 is the lowest): `height`
 // rising numbers, at most `bins`.
 [[nodiscard]] std::vector<size_t> SonogramRowEnds(size_t bins, int height, bool logarithmic);

@@ -23,6 +23,9 @@ class CAudioAnalysisModel : public CResultsModel {
   [[nodiscard]] QString ContentsText() const override;
 
  protected:
+  [[nodiscard]] const AnalysisInfo* Analysis(int32_t row) const override {
+    return m_controller.TableAt(row)->base.Get();
+  }
   [[nodiscard]] QString Text(int32_t row, FieldId field) const override;
   [[nodiscard]] QVariant Score(int32_t row, FieldId field) const override;
   [[nodiscard]] bool IsMarked(int32_t row) const override;

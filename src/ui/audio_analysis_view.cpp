@@ -17,7 +17,8 @@ TDXAudioAnalysisView::TDXAudioAnalysisView(TDXAppDelegate& delegate, CFileOperat
            std::make_unique<CTableActionsOf<CAudioAnalysisController>>(m_controller));
   ResultsTable()->setAccessibleName(tr("Audio quality"));
 
-  AddFileActions();
+  AddFileActions(tr("&Play"), tr("Hear the file"));
+  AddSpectrumActions();
   AddSeparator();
   AddMarkActions();
   AddSeparator();

@@ -21,7 +21,8 @@ TDXAudioDupsView::TDXAudioDupsView(TDXAppDelegate& delegate, CFileOperations& fi
            std::make_unique<CTableActionsOf<CAudioDupsController>>(m_controller));
   ResultsTable()->setAccessibleName(tr("Audio duplicates"));
 
-  AddFileActions();
+  AddFileActions(tr("&Play"), tr("Hear the file"));
+  AddSpectrumActions();
   m_edit = AddAction("document-edit", tr("Edit &Tags…"),
                      tr("Change tags and name of the file beside those of its duplicates"),
                      Qt::CTRL | Qt::Key_T, Needs::kOwnTest, [this] { ActionEdit(); });

@@ -134,8 +134,13 @@ QColor CAudioDupsModel::ScoreColor(FieldId field, bool strong) const {
 
 bool CAudioDupsModel::IsBad(int32_t row, FieldId field) const {
   if (field < FieldId::kRating) return false;
+  const AnalysisInfo* info = Analysis(row);
+  return info && IsBadValue(field, *info);
+}
+
+const AnalysisInfo* CAudioDupsModel::Analysis(int32_t row) const {
   const auto* item = m_analysis.FindItem(Row(row).File()->base->path);
-  return item && IsBadValue(field, *item->base);
+  return item ? item->base.Get() : nullptr;
 }
 
 CImageDupsModel::CImageDupsModel(CImageDupsController& controller, QObject* parent)

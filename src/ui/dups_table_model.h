@@ -63,6 +63,7 @@ class CAudioDupsModel : public CDupsTableModel<CAudioDupsController, AudioDupsTr
   [[nodiscard]] QVariant OwnScore(const ItemBase& base, FieldId field) const override;
   [[nodiscard]] QColor ScoreColor(FieldId field, bool strong) const override;
   [[nodiscard]] bool IsBad(int32_t row, FieldId field) const override;
+  [[nodiscard]] const AnalysisInfo* Analysis(int32_t row) const override;
 
  private:
   const CAudioAnalysisController& m_analysis;

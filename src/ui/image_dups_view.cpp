@@ -30,7 +30,7 @@ TDXImageDupsView::TDXImageDupsView(TDXAppDelegate& delegate, CFileOperations& fi
            std::make_unique<CTableActionsOf<CImageDupsController>>(m_controller));
   ResultsTable()->setAccessibleName(tr("Image duplicates"));
 
-  AddFileActions();
+  AddFileActions(tr("&Open"), tr("Open the file with the desktop's program for it"));
   AddSeparator();
   AddMarkActions();
   AddAction("automark", tr("&Automark…"), tr("Mark the worse file of each pair, by rules"),

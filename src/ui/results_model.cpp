@@ -70,6 +70,12 @@ QVariant CResultsModel::data(const QModelIndex& index, int role) const {
       return AlignmentOf(column.kind).toInt();
     case kScoreRole:
       return isScore ? Score(row, column.field) : QVariant();
+    case kSpectrumRole: {
+      const AnalysisInfo* info =
+          column.kind == TableColumn::Kind::kSpectrum ? Analysis(row) : nullptr;
+      return info ? QVariant::fromValue(MiniSpectrum{info->averageSpectrum, info->peakSpectrum})
+                  : QVariant();
+    }
     case kRedRole:
       return IsMarked(row) || IsBad(row, column.field);
     default:

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "audio/analysis_info.h"
 #include "results/field_id.h"
 #include "ui/row_memory.h"
 #include "ui/table_columns.h"
@@ -23,6 +24,11 @@ namespace quill {
 struct ScoreBar {
   float score = -1;
   QColor colorMin, colorMid, colorMax;  // the first two may be invalid
+};
+
+// What a spectrum cell shows: 0 is -150 dB or less, 255 is 0 dB.
+struct MiniSpectrum {
+  AnalysisInfo::Spectrum average, peak;
 };
 
 // Which rows belong together.
@@ -37,6 +43,7 @@ class CResultsModel : public QAbstractTableModel {
  public:
   enum Role {
     kScoreRole = Qt::UserRole,  // ScoreBar; invalid for an empty cell and in all other columns
+    kSpectrumRole,              // MiniSpectrum; invalid for a file that was not analysed
     kRedRole,                   // bool: the file is marked, or the value is a bad one
   };
 
@@ -78,6 +85,8 @@ class CResultsModel : public QAbstractTableModel {
 
  protected:
   // `row` is a row of the controller in all of these.
+  // Null for a file that was not analysed.
+  [[nodiscard]] virtual const AnalysisInfo* Analysis(int32_t /*row*/) const { return nullptr; }
   [[nodiscard]] virtual QString Text(int32_t row, FieldId field) const = 0;
   [[nodiscard]] virtual QVariant Score(int32_t row, FieldId field) const = 0;
   [[nodiscard]] virtual bool IsMarked(int32_t row) const = 0;
@@ -97,3 +106,4 @@ class CResultsModel : public QAbstractTableModel {
 }  // namespace quill
 
 Q_DECLARE_METATYPE(quill::ScoreBar)
+Q_DECLARE_METATYPE(quill::MiniSpectrum)

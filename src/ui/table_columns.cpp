@@ -68,6 +68,15 @@ constexpr TableColumn Clicks(bool shown) {
   return Measure(FieldId::kClicks, "Clicks", "Short bursts far above their surroundings", 9, shown);
 }
 
+constexpr TableColumn Spectrum(bool shown) {
+  return {FieldId::kSpectrogram,
+          "Spectrum",
+          "Levels from the lowest frequency at the left to the highest: average before maximum",
+          Kind::kSpectrum,
+          12,
+          shown};
+}
+
 constexpr TableColumn Score(FieldId field, const char* title, const char* toolTip) {
   return {field, title, toolTip, Kind::kScore, 13, true};
 }
@@ -99,6 +108,7 @@ constexpr TableColumn kAudioDups[] = {
     AbsMax(false),
     MaxFreq(false),
     Clicks(false),
+    Spectrum(false),
 };
 
 constexpr TableColumn kImageDups[] = {
@@ -119,6 +129,7 @@ constexpr TableColumn kAudioAnalysis[] = {
     kTitle,         kAlbum,           kDuration,      kSize,          kFormat,
     kBitrate,       SampleRate(true), Channels(true), Clipping(true), Silence(true),
     AbsMean(false), MinStep(false),   AbsMax(false),  MaxFreq(true),  Clicks(true),
+    Spectrum(true),
 };
 
 }  // namespace

@@ -15,7 +15,8 @@ struct TableColumn {
     kPath,    // at the left, cut in the middle, whole in the tooltip
     kNumber,  // at the right
     kCentred,
-    kScore,  // a bar
+    kScore,     // a bar
+    kSpectrum,  // bars of 32 bands
   };
 
   FieldId field;

@@ -18,6 +18,7 @@
 #include "ui/icons.h"
 #include "ui/path_text.h"
 #include "ui/results_model.h"
+#include "ui/spectrum_window.h"
 #include "ui/table_view.h"
 
 namespace quill {
@@ -106,16 +107,32 @@ void CTableTab::AddSeparator() {
   m_menu.append(separator);
 }
 
-void CTableTab::AddFileActions() {
-  AddAction("open-file", tr("&Open"), tr("Open the file with the desktop's program for it"),
-            Qt::Key_Return, Needs::kSelection, [this] { OpenRow(m_table->LeadingRow()); })
-      ->setShortcuts({Qt::Key_Return, Qt::Key_Enter});
+void CTableTab::AddFileActions(const QString& open, const QString& openToolTip) {
+  AddAction("open-file", open, openToolTip, Qt::Key_Return, Needs::kSelection, [this] {
+    OpenRow(m_table->LeadingRow());
+  })->setShortcuts({Qt::Key_Return, Qt::Key_Enter});
   AddAction("system-file-manager", tr("Show in &File Manager"),
             tr("Open the folder of the file and select the file there"), Qt::CTRL | Qt::Key_Return,
             Needs::kSelection,
             [this] { ShowInFileManager({m_model->PathAt(m_table->LeadingRow())}); });
   AddAction("edit-copy", tr("&Copy Paths"), tr("Copy the paths of the selected files"),
             QKeySequence::Copy, Needs::kSelection, [this] { CopyPaths(); });
+}
+
+void CTableTab::AddSpectrumActions() {
+  AddAction("spectrogram", tr("Sp&ectrogram"),
+            tr("Show how loud each frequency of the file is, on average and at most"),
+            Qt::CTRL | Qt::Key_G, Needs::kSelection, [this] {
+              (new TDXSpectrogramWindow(m_model->PathAt(m_table->LeadingRow()), m_delegate.Queue(),
+                                        window()))
+                  ->show();
+            });
+  AddAction("sonogram", tr("So&nogram"), tr("Show the frequencies of the file over its time"),
+            Qt::CTRL | Qt::SHIFT | Qt::Key_G, Needs::kSelection, [this] {
+              (new TDXSonogramWindow(m_model->PathAt(m_table->LeadingRow()), m_delegate.Queue(),
+                                     window()))
+                  ->show();
+            });
 }
 
 void CTableTab::AddMarkActions() {

@@ -91,7 +91,9 @@ class CTableTab : public CResultsView {
                      const QKeySequence& shortcut, Needs needs, std::function<void()> run);
   void AddSeparator();
   // The actions that every tab has, in three portions.
-  void AddFileActions();
+  void AddFileActions(const QString& open, const QString& openToolTip);
+  // Of the tabs of sounds.
+  void AddSpectrumActions();
   void AddMarkActions();
   void AddRemovalActions();
   // Behind the last action: clear, copy, columns.

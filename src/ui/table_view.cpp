@@ -14,6 +14,7 @@
 #include <algorithm>
 
 #include "ui/group_strip.h"
+#include "ui/mini_spectrum_cell.h"
 #include "ui/readable_color.h"
 #include "ui/row_selection.h"
 #include "ui/score_cell.h"
@@ -48,10 +49,11 @@ TDXTableView::TDXTableView(CResultsModel& model, QWidget* parent)
   setAlternatingRowColors(!model.HasGroups());
   setItemDelegate(new CTextCell(this));
   auto* scoreCell = new TDXScoreCell(this);
+  auto* spectrumCell = new TDXMiniSpectrumCell(this);
   for (int column = 0; column < model.columnCount(); ++column) {
-    if (model.Columns()[static_cast<size_t>(column)].kind == TableColumn::Kind::kScore) {
-      setItemDelegateForColumn(column, scoreCell);
-    }
+    const TableColumn::Kind kind = model.Columns()[static_cast<size_t>(column)].kind;
+    if (kind == TableColumn::Kind::kScore) setItemDelegateForColumn(column, scoreCell);
+    if (kind == TableColumn::Kind::kSpectrum) setItemDelegateForColumn(column, spectrumCell);
   }
 
   verticalHeader()->hide();

@@ -177,6 +177,12 @@ void Run(const std::string& media) {
   Shoot(window, "images");
   ActionOf(window, "Quality")->trigger();
   Shoot(window, "quality");
+  select(7);
+  for (const char* text : {"Spectrogram", "Sonogram"}) {
+    ActionOf(window, text)->trigger();
+    Settle(1500);
+    ShootOthers(window, QString(text).toLower().toStdString());
+  }
   ActionOf(window, "Preferences")->trigger();
   Settle(300);
   for (const char* page : {"", "-decoders", "-miscellaneous", "-device"}) {

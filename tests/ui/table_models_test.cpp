@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
+#include <QImage>
+#include <QPainter>
 #include <QSignalSpy>
 
 #include "ui/analysis_table_model.h"
 #include "ui/dups_table_model.h"
+#include "ui/mini_spectrum_cell.h"
 #include "ui/sample_results.h"
 
 namespace quill {
@@ -82,6 +85,40 @@ TEST(TableModels, AudioCellsShowTheFileOfTheRow) {
   EXPECT_FALSE(model.index(1, 0).data(CResultsModel::kRedRole).toBool());
   EXPECT_EQ(model.GroupAt(4).number, 1U);
   EXPECT_EQ(model.GroupAt(4).last, 4);
+}
+
+TEST(TableModels, MiniSpectraAreDrawnAverageBeforePeak) {
+  test::CSampleResults results;
+  auto info = MakeRef<AnalysisInfo>();
+  info->path = "/m/b.mp3";
+  info->peakSpectrum.fill(255);
+  info->averageSpectrum.fill(51);
+  info->peakSpectrum[31] = info->averageSpectrum[31] = 0;
+  (void)results->AudioAnalysis().LockedAdd(info);
+  (void)results->AudioAnalysis().ProcessNewData();
+  CAudioAnalysisModel model(results->AudioAnalysis());
+  model.Reload();
+  QImage image(70, 52, QImage::Format_RGB32);  // 64 x 50 within the cell's margins
+  image.fill(Qt::white);
+  QPainter painter(&image);
+  QStyleOptionViewItem option;
+  option.rect = image.rect();
+  TDXMiniSpectrumCell().paint(&painter, option,
+                              model.index(0, model.ColumnOf(FieldId::kSpectrogram)));
+  painter.end();
+  const auto colour = [&](int x, int y) { return image.pixel(x, y); };
+  EXPECT_EQ(colour(10, 5), qRgb(255, 150, 150));
+  EXPECT_EQ(colour(10, 39), qRgb(255, 150, 150));
+  EXPECT_EQ(colour(10, 42), qRgb(150, 150, 255)) << "a fifth of the height";
+  EXPECT_EQ(colour(66, 48), qRgb(255, 255, 255)) << "the last band is silent";
+
+  // A file that was not analysed has an empty cell.
+  results.AddTwoGroups();
+  CAudioDupsModel dups(results->AudioDups(), results->AudioAnalysis());
+  dups.Reload();
+  const int column = dups.ColumnOf(FieldId::kSpectrogram);
+  EXPECT_FALSE(dups.index(0, column).data(CResultsModel::kSpectrumRole).isValid());
+  EXPECT_TRUE(dups.index(1, column).data(CResultsModel::kSpectrumRole).isValid());
 }
 
 TEST(TableModels, FlatOuterRowsHaveNoScore) {
