@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "inspection/level_scale.h"
+#include "signal/vector_ops.h"
 
 namespace quill {
 
@@ -26,6 +27,18 @@ const std::array<uint32_t, kColours + 1>& Colours() {
     return table;
   }();
   return kTable;
+}
+
+// Short stretches are quicker in a plain loop.
+constexpr size_t kVectorLength = 16;
+
+float LargestOf(const float* levels, size_t count) {
+  float largest = 0;
+  if (count < kVectorLength)
+    for (size_t i = 0; i < count; ++i) largest = std::max(largest, levels[i]);
+  else
+    (void)VecMax(levels, static_cast<int32_t>(count), &largest);
+  return largest;
 }
 
 }  // namespace
@@ -74,9 +87,8 @@ void PaintSonogram(const float* values, size_t frames, size_t bins, size_t first
       for (size_t x = tile; x < tileEnd && begin < end; ++x) {
         // The scale rises with the level, so one logarithm does for the loudest bin.
         const float* frame = values + (first + x) * bins;
-        float level = 0;
-        for (size_t bin = begin; bin < end; ++bin) level = std::max(level, frame[bin]);
-        const double fraction = std::clamp(DecibelFraction(level), 0.0, 1.0);
+        const double fraction =
+            std::clamp(DecibelFraction(LargestOf(frame + begin, end - begin)), 0.0, 1.0);
         line[x] = colours[static_cast<size_t>(fraction * kColours)];
       }
       begin = std::max(begin, end);
