@@ -14,7 +14,9 @@ bool LookUp(void* library, const char* name, Function* function) {
 }  // namespace
 
 void* LoadOpenCL(const char* library, OpenCLFunctions* functions) {
-  void* const handle = dlopen(library, RTLD_NOW | RTLD_LOCAL);
+  // It stays loaded for good: drivers have threads and memory that they do not take back, and their
+  // code must not go away from under them.
+  void* const handle = dlopen(library, RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
   if (handle == nullptr) return nullptr;
   bool complete = true;
 #define QUILL_OPENCL_LOOK_UP(name) complete = LookUp(handle, #name, &functions->name) && complete;
