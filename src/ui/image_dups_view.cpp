@@ -46,7 +46,7 @@ void TDXImageDupsView::MakePreview() {
   auto* splitter = new QSplitter;
   splitter->setChildrenCollapsible(false);
   auto* table = static_cast<TDXTableView*>(ResultsTable());
-  layout()->replaceWidget(table, splitter);
+  delete layout()->replaceWidget(table, splitter);
   splitter->addWidget(table);
   splitter->addWidget(m_preview);
   splitter->setStretchFactor(0, 1);
