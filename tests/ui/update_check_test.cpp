@@ -96,13 +96,13 @@ TEST_F(UpdateCheckTest, SaysWhoAsksAndFollowsRedirects) {
   });
   EXPECT_EQ(Check(first.Address()), 1);
   ASSERT_EQ(first.m_requests.size(), 1);
-  EXPECT_TRUE(first.m_requests[0].startsWith("GET /version?linux&new HTTP/1.1\r\n"));
+  EXPECT_TRUE(first.m_requests[0].startsWith("GET /version?mac&new HTTP/1.1\r\n"));
   EXPECT_TRUE(first.m_requests[0].contains("\r\nUser-Agent: Quillmarsh/" +
                                            QByteArray::fromStdString(VersionText(OwnVersion())) +
                                            "\r\n"));
   EXPECT_TRUE(last.m_requests[0].startsWith("GET /there HTTP/1.1\r\n"));
   EXPECT_EQ(Check(first.Address()), 1);
-  EXPECT_TRUE(first.m_requests[1].startsWith("GET /version?linux HTTP/1.1\r\n"))
+  EXPECT_TRUE(first.m_requests[1].startsWith("GET /version?mac HTTP/1.1\r\n"))
       << "only the first check of an installation announces itself";
 }
 
