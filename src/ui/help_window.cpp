@@ -2,6 +2,7 @@
 
 #include <QPushButton>
 #include <QTextBrowser>
+#include <QTextTable>
 #include <QVBoxLayout>
 
 #include "ui/icons.h"
@@ -11,6 +12,24 @@ namespace quill {
 namespace {
 
 constexpr const char* kFirstPage = "qrc:/help/index.md";
+constexpr double kCellPadding = 4;
+
+// Thin lines and room in the cells, which Markdown cannot ask for.
+void StyleTables(const QTextBrowser& browser) {
+  for (QTextFrame* frame : browser.document()->rootFrame()->childFrames()) {
+    auto* const table = qobject_cast<QTextTable*>(frame);
+    if (!table) continue;
+    QTextTableFormat format = table->format();
+    format.setBorderCollapse(true);
+    format.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
+    format.setBorderBrush(browser.palette().mid());
+    format.setCellPadding(kCellPadding);
+    format.setCellSpacing(0);
+    format.setTopMargin(kCellPadding);
+    format.setBottomMargin(2 * kCellPadding);
+    table->setFormat(format);
+  }
+}
 
 }  // namespace
 
@@ -32,6 +51,7 @@ CHelpWindow::CHelpWindow(QWidget* parent) : QDialog(parent) {
   connect(contents, &QPushButton::clicked, browser,
           [browser] { browser->setSource(QUrl(kFirstPage), QTextDocument::MarkdownResource); });
   connect(back, &QPushButton::clicked, browser, &QTextBrowser::backward);
+  connect(browser, &QTextBrowser::sourceChanged, browser, [browser] { StyleTables(*browser); });
   connect(browser, &QTextBrowser::backwardAvailable, back, &QPushButton::setEnabled);
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(line);

@@ -13,6 +13,7 @@
 #include <QPainter>
 #include <QStyle>
 #include <QTableView>
+#include <QTextBrowser>
 #include <QTimer>
 #include <clocale>
 #include <csignal>
@@ -101,6 +102,7 @@ QPalette DarkPalette() {
   dark.setColor(QPalette::ToolTipText, QColor(225, 225, 225));
   dark.setColor(QPalette::Highlight, QColor(52, 120, 190));
   dark.setColor(QPalette::HighlightedText, Qt::white);
+  dark.setColor(QPalette::Link, QColor(90, 160, 240));
   dark.setColor(QPalette::PlaceholderText, QColor(140, 140, 140));
   for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
     dark.setColor(QPalette::Disabled, role, QColor(120, 120, 120));
@@ -193,7 +195,13 @@ void Run(const std::string& media) {
     if (std::string(page) == "-device") preferences->close();
   }
   ActionOf(window, "Quillmarsh Help")->trigger();
-  ShootOthers(window, "help");
+  Settle(300);
+  auto* const pages = window.findChild<QTextBrowser*>();
+  for (const char* page : {"index", "scores", "groups", "automark", "quality", "files", "tags",
+                           "keeping", "terminal"}) {
+    pages->setSource(QUrl(QString("qrc:/help/") + page + ".md"), QTextDocument::MarkdownResource);
+    Shoot(*pages->window(), std::string("help-") + page);
+  }
 }
 
 }  // namespace
