@@ -247,7 +247,7 @@ TEST_F(AudioPlayerTest, PausesSeeksAndPlaysAgain) {
   }
   m_player->SeekTo(8900);
   ASSERT_TRUE(WaitFor([&] { return m_player->Position() == 8900; }));
-  (void)Play();
+  while (Play().empty()) std::this_thread::yield();
   ASSERT_TRUE(WaitForState(CAudioPlayer::kFinished));
   m_player->StartPlaying();
   ASSERT_TRUE(WaitForState(CAudioPlayer::kPlaying));
