@@ -8,6 +8,6 @@ target=$here/build/screenshots
 mkdir -p "$target"
 ninja -C "$here/build" --quiet screenshots decoder
 QT_QPA_PLATFORM=offscreen QT_QPA_PLATFORMTHEME= "$here/build/bin/screenshots" "$target" 2>/dev/null
-for picture in "$here"/docs/images/*.png; do
+for picture in "$here"/docs/images/*.png "$here"/docs/help/*.png; do
   cp "$target/$(basename "$picture")" "$picture"
 done

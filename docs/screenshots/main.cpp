@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QListWidget>
+#include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
@@ -46,6 +47,14 @@ void Shoot(QWidget& widget, const std::string& name) {
   Settle(300);
   widget.grab().save(QString::fromStdString(s_target + "/" + name + s_suffix + ".png"));
   std::printf("%s%s.png\n", name.c_str(), s_suffix.c_str());
+}
+
+// As large as a page of the help has room for.
+void ShootSmall(QWidget& window, const std::string& name, int height) {
+  const QSize before = window.size();
+  window.resize(660, height);
+  Shoot(window, name);
+  window.resize(before);
 }
 
 void MakeMedia(const std::string& folder) {
@@ -164,6 +173,7 @@ void Run(const std::string& media) {
     QCoreApplication::sendEvent(table, &right);
   }
   Shoot(window, "audio");
+  ShootSmall(window, "small-groups", 330);
   for (const char* text : {"Edit Tags", "Automark"}) {
     QTimer::singleShot(700, &window, [&, text] {
       if (QWidget* dialog = QApplication::activeModalWidget()) {
@@ -177,12 +187,16 @@ void Run(const std::string& media) {
   select(1);
   Settle(1500);
   Shoot(window, "images");
+  ShootSmall(window, "small-images", 380);
   ActionOf(window, "Quality")->trigger();
   Shoot(window, "quality");
-  select(7);
+  ShootSmall(window, "small-quality", 330);
+  select(3);
   for (const char* text : {"Spectrogram", "Sonogram"}) {
     ActionOf(window, text)->trigger();
     Settle(1500);
+    for (QMainWindow* shown : window.findChildren<QMainWindow*>())
+      ShootSmall(*shown, "small-" + QString(text).toLower().toStdString(), 400);
     ShootOthers(window, QString(text).toLower().toStdString());
   }
   ActionOf(window, "Preferences")->trigger();
