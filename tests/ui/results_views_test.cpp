@@ -1,13 +1,16 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QHeaderView>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTableView>
+#include <QTest>
 
 #include "ui/audio_analysis_view.h"
 #include "ui/audio_dups_view.h"
 #include "ui/image_dups_view.h"
+#include "ui/results_model.h"
 #include "ui/sample_results.h"
 
 namespace quill {
@@ -75,6 +78,31 @@ class ResultsViewsTest : public testing::Test {
   CAnswers m_answers;
   CFileOperations m_operations{m_files, m_answers};
 };
+
+TEST_F(ResultsViewsTest, EachColumnSortsBothWays) {
+  m_results.AddTwoGroups();
+  const std::unique_ptr<CResultsView> views[] = {Make<TDXAudioDupsView>(), Make<TDXImageDupsView>(),
+                                                 Make<TDXAudioAnalysisView>()};
+  for (const auto& view : views) {
+    view->resize(4000, 300);
+    view->show();
+    QTableView& table = *view->ResultsTable();
+    const auto& model = static_cast<const CResultsModel&>(*table.model());
+    const int rows = model.rowCount();
+    for (int column = 0; column < model.columnCount(); ++column) {
+      table.setColumnHidden(column, false);
+      const QPoint place(table.columnViewportPosition(column) + 20, 5);
+      QSet<bool> orders;
+      for (int click = 0; click < 2; ++click) {
+        QTest::mouseClick(table.horizontalHeader()->viewport(), Qt::LeftButton, {}, place);
+        EXPECT_EQ(model.Sort().column, model.Columns()[static_cast<size_t>(column)].field);
+        orders.insert(model.Sort().ascending);
+        EXPECT_EQ(model.rowCount(), rows);
+      }
+      EXPECT_EQ(orders.size(), 2) << "column " << column;
+    }
+  }
+}
 
 TEST_F(ResultsViewsTest, ActionsAreEnabledByWhatTheyNeed) {
   const auto view = Make<TDXAudioDupsView>();
