@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 
 #include "inspection/level_scale.h"
@@ -16,17 +17,29 @@ constexpr uint32_t kBlack = 0xFF000000;
 constexpr size_t kTile = 16;
 constexpr double kLogarithmicSpan = 101;
 
-// Fractions are looked up finer than two neighbouring colours lie apart.
-constexpr size_t kColours = 4096;
+// The colour of a level is looked up by its exponent and the upper bits of its mantissa, 256 steps
+// to the octave: finer than two neighbouring colours lie apart. A logarithm a pixel would take
+// longer than all the rest, and keep the processor from fetching the next levels meanwhile.
+constexpr int kLowerBits = 15;
+constexpr uint32_t kLeast = std::bit_cast<uint32_t>(kLeastLevel) >> kLowerBits;
+constexpr uint32_t kGreatest = std::bit_cast<uint32_t>(1.0F) >> kLowerBits;
+using ColourTable = std::array<uint32_t, kGreatest - kLeast + 1>;
 
-const std::array<uint32_t, kColours + 1>& Colours() {
-  static const std::array<uint32_t, kColours + 1> kTable = [] {
-    std::array<uint32_t, kColours + 1> table{};
-    for (size_t i = 0; i <= kColours; ++i)
-      table[i] = SonogramColour(static_cast<double>(i) / kColours);
+const ColourTable& Colours() {
+  static const ColourTable kTable = [] {
+    ColourTable table{};
+    for (uint32_t i = 0; i < table.size(); ++i) {
+      const uint32_t middle = (kLeast + i) << kLowerBits | 1U << (kLowerBits - 1);
+      table[i] = SonogramColour(std::min(DecibelFraction(std::bit_cast<float>(middle)), 1.0));
+    }
     return table;
   }();
   return kTable;
+}
+
+uint32_t ColourOf(const ColourTable& colours, float level) {
+  if (!(level > kLeastLevel)) return kBlack;  // or no number
+  return colours[(std::bit_cast<uint32_t>(std::min(level, 1.0F)) >> kLowerBits) - kLeast];
 }
 
 // Short stretches are quicker in a plain loop.
@@ -85,11 +98,9 @@ void PaintSonogram(const float* values, size_t frames, size_t bins, size_t first
       const size_t end = ends[row];
       uint32_t* line = pixels + (ends.size() - 1 - row) * columns;
       for (size_t x = tile; x < tileEnd && begin < end; ++x) {
-        // The scale rises with the level, so one logarithm does for the loudest bin.
+        // The scale rises with the level: the loudest bin gives the colour.
         const float* frame = values + (first + x) * bins;
-        const double fraction =
-            std::clamp(DecibelFraction(LargestOf(frame + begin, end - begin)), 0.0, 1.0);
-        line[x] = colours[static_cast<size_t>(fraction * kColours)];
+        line[x] = ColourOf(colours, LargestOf(frame + begin, end - begin));
       }
       begin = std::max(begin, end);
     }
