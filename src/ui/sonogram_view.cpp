@@ -55,8 +55,12 @@ void TDXSonogramView::wheelEvent(QWheelEvent* event) {
   QCoreApplication::sendEvent(m_scroll, event);
 }
 
+QRect TDXSonogramView::DrawnRect() const {
+  return rect().adjusted(0, 0, 0, -m_scroll->height());
+}
+
 QRect TDXSonogramView::PanelRect(size_t channel, size_t channels) const {
-  const QRect all = rect().adjusted(kMargin, kMargin, -kMargin, -kMargin - m_scroll->height());
+  const QRect all = DrawnRect().adjusted(kMargin, kMargin, -kMargin, -kMargin);
   const int height = all.height() / static_cast<int>(channels);
   return {all.left(), all.top() + static_cast<int>(channel) * height, all.width(), height};
 }

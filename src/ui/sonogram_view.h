@@ -23,6 +23,7 @@ class TDXSonogramView : public CSpectrumView {
   void DrawResults(QPainter& painter) override;
   void ResultsChanged() override;
   void ScaleChanged() override { m_img = {}; }
+  [[nodiscard]] QRect DrawnRect() const override;
   void resizeEvent(QResizeEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
 

@@ -82,7 +82,7 @@ QString CSpectrumView::RunText() const {
 }
 
 QImage CSpectrumView::Picture() {
-  return grab().toImage();
+  return grab(DrawnRect()).toImage();
 }
 
 void CSpectrumView::Progress() {

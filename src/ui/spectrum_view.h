@@ -42,7 +42,7 @@ class CSpectrumView : public QWidget {
   void SetLogarithmic(bool logarithmic);
   // Of the run in progress, or of a run that failed; else empty.
   [[nodiscard]] QString RunText() const;
-  // What the view shows, as large as it is on the screen.
+  // What the view shows, as large as it is on the screen, without its scroll bar.
   [[nodiscard]] QImage Picture();
 
   [[nodiscard]] QSize sizeHint() const override { return {900, 560}; }
@@ -53,8 +53,8 @@ class CSpectrumView : public QWidget {
   void Changed();
 
  protected:
-  // `queue` must outlive the view. The derived constructor calls Connect with its builder, and the
-  // derived destructor runs before the builder's.
+  // `queue` must outlive the view. Connect is for the derived constructor, with the builder that it
+  // owns: that one ends before this class does.
   CSpectrumView(const SpectrumSettings& settings, CMainQueue& queue, QWidget* parent);
   void Connect(CSpectrumBuilder& builder);
 
@@ -63,6 +63,7 @@ class CSpectrumView : public QWidget {
   // A run has ended.
   virtual void ResultsChanged() {}
   virtual void ScaleChanged() {}
+  [[nodiscard]] virtual QRect DrawnRect() const { return rect(); }
 
   void paintEvent(QPaintEvent* event) override;
 
