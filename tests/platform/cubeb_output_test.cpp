@@ -32,7 +32,7 @@ using namespace std::chrono_literals;
 
 constexpr uint32_t kRate = 22050;
 constexpr double kSeconds = 2.5;  // of the file
-constexpr double kAlmostAll = 0.9;
+constexpr double kAlmostAll = 0.8;
 
 template <class Done>
 bool Soon(Done done) {
