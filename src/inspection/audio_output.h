@@ -26,6 +26,9 @@ class CAudioOutput {
   [[nodiscard]] virtual bool Start() = 0;
   // After it no render call is under way and none comes until the next Start.
   virtual void Stop() = 0;
+  // Between Stop and Start: what has been rendered and not been heard yet never will be. Without it
+  // Start goes on with that.
+  virtual void Discard() = 0;
   // Stops first. Safe when nothing is open.
   virtual void Close() = 0;
   // 0 to 1; of what is open.

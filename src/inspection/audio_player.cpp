@@ -13,6 +13,8 @@ namespace {
 constexpr const char* kVolumeKey = "audioPlayerVolume";
 constexpr uint32_t kRingSeconds = 3;
 constexpr uint64_t kRefillMs = 201;
+// What an output may hold when the last of the file has been rendered.
+constexpr uint64_t kTailMs = 100;
 
 }  // namespace
 
@@ -190,6 +192,7 @@ bool CAudioPlayer::Play(uint64_t offset) {
   m_cursorPlay = 0;
   m_cursorWrite = 0;
   m_deltaSum = 0;
+  m_output.Discard();
   return m_output.Start() || CSystemError::Bool("Play", 4, false);
 }
 
@@ -248,15 +251,13 @@ void CAudioPlayer::AsyncData() {
   }
   m_cursorLoad.store(play, std::memory_order_release);
   m_playedSize += uint64_t{first} + second;
-  if (m_playedSize >= m_decodedSize) {
+  if (m_ended && m_playedSize >= m_decodedSize + m_bytesPerSecond * kTailMs / 1000) {
+    m_output.Stop();
     m_playedSize = m_decodedSize;
-    if (m_ended) {
-      m_output.Stop();
-      m_position = m_duration.load();
-      return SetState(kFinished);
-    }
+    m_position = m_duration.load();
+    return SetState(kFinished);
   }
-  m_position = TimeOf(m_playedSize);
+  m_position = TimeOf(std::min(m_playedSize, m_decodedSize));
   SetState(kPlaying);
 }
 

@@ -113,8 +113,8 @@ class CAudioPlayer {
   uint32_t m_bufSize = 0;
   uint32_t m_bufOff = 0;       // bytes of it moved on
   bool m_ended = false;        // the decoder has reported the end
-  uint64_t m_playedSize = 0;   // bytes of the file
-  uint64_t m_decodedSize = 0;  // likewise
+  uint64_t m_playedSize = 0;   // bytes of the file, and of the silence behind its end
+  uint64_t m_decodedSize = 0;  // bytes of the file
 
   CLevelEnvelope m_envelope;
   // Atomic: the owner's thread reads them for display.

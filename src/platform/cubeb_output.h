@@ -19,6 +19,7 @@ class CCubebOutput : public CAudioOutput {
                           std::function<void()> gone) override;
   [[nodiscard]] bool Start() override;
   void Stop() override;
+  void Discard() override;
   void Close() override;
   void SetVolume(float volume) override;
 
@@ -28,9 +29,14 @@ class CCubebOutput : public CAudioOutput {
   // `state` is cubeb's.
   static void StateChanged(CCubebOutput* output, int state);
 
+  [[nodiscard]] bool OpenStream();
+
   cubeb* m_context = nullptr;
   cubeb_stream* m_stream = nullptr;
+  bool m_isFresh = false;  // the stream has not been started yet
+  float m_volume = 1;
   // Constant while a stream is open.
+  Format m_format;
   Render m_render = nullptr;
   void* m_parameter = nullptr;
   std::function<void()> m_gone;

@@ -63,6 +63,7 @@ class CFakeOutput : public CAudioOutput {
     std::lock_guard lock(m_mutex);
     m_running = false;
   }
+  void Discard() override {}
   void Close() override { Stop(); }
   void SetVolume(float volume) override { m_volume = volume; }
 
@@ -197,7 +198,8 @@ TEST_F(AudioPlayerTest, PlaysEachSampleOnceWithoutAllocatingInTheRenderCall) {
     EXPECT_EQ(s_caught, 0);
     EXPECT_EQ(m_player->Position(), m_player->Duration());
     const std::vector<uint8_t> samples = Samples(path, channels);
-    ASSERT_GE(heard.size(), samples.size());
+    const size_t tail = kRate * channels * (channels == 1 ? 4 : 2) / 10;
+    ASSERT_GE(heard.size(), samples.size() + tail) << "the output holds the end of the file";
     EXPECT_TRUE(std::equal(samples.begin(), samples.end(), heard.begin()));
     EXPECT_TRUE(std::all_of(heard.begin() + static_cast<ptrdiff_t>(samples.size()), heard.end(),
                             [](uint8_t byte) { return byte == 0; }));

@@ -24,6 +24,7 @@ class CStillOutput : public CAudioOutput {
   bool Open(const Format&, Render, void*, std::function<void()>) override { return m_works; }
   bool Start() override { return true; }
   void Stop() override {}
+  void Discard() override {}
   void Close() override {}
   void SetVolume(float) override {}
 
