@@ -44,10 +44,12 @@ bool Soon(Done done) {
   return true;
 }
 
-// A program that ends with the object; its output goes to a file.
+// A program that ends with the object, and with this process however that ends; its output goes to
+// a file.
 class CProgram {
  public:
   CProgram(std::vector<std::string> words, const std::string& output) {
+    words.insert(words.begin(), {"setpriv", "--pdeathsig", "KILL"});
     std::vector<char*> arguments;
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
@@ -70,7 +72,10 @@ class CProgram {
     waitpid(m_process, nullptr, 0);
     m_process = -1;
   }
-  [[nodiscard]] bool IsRunning() const { return m_process > 0; }
+  [[nodiscard]] bool IsRunning() {
+    if (m_process > 0 && waitpid(m_process, nullptr, WNOHANG) != 0) m_process = -1;
+    return m_process > 0;
+  }
 
  private:
   pid_t m_process = -1;
@@ -162,16 +167,17 @@ class SoundServerTest : public testing::Test {
             "module-null-sink sink_name=null rate=44100 channels=2 norewinds=1", "-L",
             "module-native-protocol-unix auth-anonymous=1 socket=" + socket},
         m_folder / "server.log");
-    ASSERT_TRUE(m_server->IsRunning()) << "the program pulseaudio is missing";
-    ASSERT_TRUE(Soon([&] { return std::filesystem::exists(socket); }))
+    ASSERT_TRUE(Soon([&] { return std::filesystem::exists(socket) || !m_server->IsRunning(); }) &&
+                m_server->IsRunning())
         << test::ReadAll(m_folder / "server.log.errors");
     m_recorder = std::make_unique<CProgram>(
         std::vector<std::string>{"parec", "--device=null.monitor", "--raw", "--format=s16le",
                                  "--channels=1", "--rate=" + std::to_string(kRate),
                                  "--latency-msec=20"},
         m_folder / "recorded");
-    ASSERT_TRUE(m_recorder->IsRunning()) << "the program parec is missing";
-    ASSERT_TRUE(RecordMore(0.1));
+    ASSERT_TRUE(Soon([&] { return Recorded() > 0 || !m_recorder->IsRunning(); }) &&
+                m_recorder->IsRunning())
+        << test::ReadAll(m_folder / "recorded.errors");
   }
   void TearDown() override {
     m_player.reset();
