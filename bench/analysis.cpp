@@ -8,7 +8,6 @@
 #include <malloc.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -19,20 +18,13 @@
 
 #include "audio/audio_analyser.h"
 #include "audio/channel_analyser.h"
-#include "decoding/channel_splitter.h"
-#include "support/media_maker.h"
+#include "dense_music.h"
 #include "support/temp_folder.h"
 
 namespace quill {
 namespace {
 
 constexpr double kGoal = 1.5;
-constexpr uint32_t kRate = 44100;
-
-double Milliseconds() {
-  using namespace std::chrono;
-  return duration<double, std::milli>(steady_clock::now().time_since_epoch()).count();
-}
 
 class CNoSink : public CAnalysisSink {
  public:
@@ -50,24 +42,6 @@ struct Engine {
   CNoSink sink;
   CAudioAnalyser analyser{decoder, store, ignores, sink};
 };
-
-// Dense sound: music with a bed of noise from the lowest to the highest frequency.
-std::vector<float> DenseMusic(double seconds) {
-  std::vector<float> samples = test::Music(1, seconds, kRate);
-  std::mt19937 random(1);
-  std::uniform_real_distribution<float> noise(-0.2F, 0.2F);
-  for (float& sample : samples) sample = 2 * sample + noise(random);
-  return samples;
-}
-
-bool DecodeOnly(CAudioDecoder& decoder, const std::string& path) {
-  CFloatVector left, right;
-  if (decoder.Open(path, 0) != kDecodeOk) return false;
-  do {
-    if (GetData(decoder, &left, &right) != kDecodeOk) return false;
-  } while (!left.empty());
-  return decoder.Close() == kDecodeOk;
-}
 
 bool MeasureFile(Engine& engine, const std::string& name, const std::string& path) {
   double bare = std::numeric_limits<double>::max();

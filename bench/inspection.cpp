@@ -6,7 +6,6 @@
 //    The sonogram at its defaults beside it.
 // 2. The picture of a sonogram, 1600 x 900 pixels, for both scales. Goal: 30 ms.
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <functional>
 #include <limits>
@@ -14,11 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "decoding/channel_splitter.h"
+#include "dense_music.h"
 #include "inspection/sonogram_builder.h"
 #include "inspection/sonogram_picture.h"
 #include "inspection/spectrogram_builder.h"
-#include "support/media_maker.h"
 #include "support/temp_folder.h"
 
 namespace quill {
@@ -26,32 +24,12 @@ namespace {
 
 constexpr double kGoal = 1.5;
 constexpr double kPictureGoalMs = 30;
-constexpr uint32_t kRate = 44100;
 constexpr int kRounds = 7;
 
-double Milliseconds() {
-  using namespace std::chrono;
-  return duration<double, std::milli>(steady_clock::now().time_since_epoch()).count();
-}
-
-// Dense sound: music with a bed of noise from the lowest to the highest frequency.
-std::vector<float> DenseMusic(double seconds) {
-  std::vector<float> samples = test::Music(1, seconds, kRate);
-  std::mt19937 random(1);
-  std::uniform_real_distribution<float> noise(-0.2F, 0.2F);
-  for (float& sample : samples) sample = 2 * sample + noise(random);
-  return samples;
-}
-
-bool DecodeOnly(const std::string& path) {
+bool DecodeWhole(const std::string& path) {
   CProcessLink link(CDecoderTable::Instance());
   CAudioDecoder decoder(link);
-  CFloatVector left, right;
-  if (decoder.Open(path, 0) != kDecodeOk) return false;
-  do {
-    if (GetData(decoder, &left, &right) != kDecodeOk) return false;
-  } while (!left.empty());
-  return decoder.Close() == kDecodeOk;
+  return DecodeOnly(decoder, path);
 }
 
 template <class Builder>
@@ -69,7 +47,7 @@ bool BuildWhole(const std::string& path, uint64_t size, uint64_t overlap) {
 
 bool MeasureFile(const std::string& name, const std::string& path) {
   const std::function<bool()> ways[] = {
-      [&] { return DecodeOnly(path); },
+      [&] { return DecodeWhole(path); },
       [&] { return BuildWhole<CSpectrogramBuilder>(path, 4096, 50); },
       [&] { return BuildWhole<CSonogramBuilder>(path, 1024, 0); },
   };
