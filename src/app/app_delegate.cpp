@@ -1,6 +1,9 @@
 #include "app/app_delegate.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <new>
@@ -10,6 +13,7 @@
 #include "core/configuration.h"
 #include "core/defaults.h"
 #include "core/log.h"
+#include "core/system_error.h"
 #include "workers/scan_engines.h"
 
 namespace quill {
@@ -246,9 +250,22 @@ bool TDXAppDelegate::SaveData(const std::string& path) {
   (void)m_audioDups.ProcessNewData();
   (void)m_imageDups.ProcessNewData();
   (void)m_audioAnalysis.ProcessNewData();
-  CResultsJournal journal(&m_audioDups, &m_imageDups, &m_audioAnalysis);
-  if (journal.OpenForWriting(path) && journal.Rebuild()) return true;
+  // Written beside and renamed: what is in an older file stays there until the new one is whole.
+  std::error_code isNew;
+  const std::string existing = std::filesystem::canonical(path, isNew).string();
+  const std::string target = isNew ? path : existing;
+  const std::string fresh = target + ".saving";
+  if (WriteResults(fresh) && rename(fresh.c_str(), target.c_str()) == 0) return true;
   m_frontEnd.ShowAlert("Error", "Failed to save results file");
+  return false;
+}
+
+bool TDXAppDelegate::WriteResults(const std::string& path) {
+  if (!CResultsJournal::MayReplace(path)) return CSystemError::Bool("WriteResults", 1, false);
+  CResultsJournal journal(&m_audioDups, &m_imageDups, &m_audioAnalysis);
+  if (!journal.OpenForWriting(path)) return false;
+  if (journal.Rebuild()) return true;
+  unlink(path.c_str());
   return false;
 }
 

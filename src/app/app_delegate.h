@@ -123,6 +123,7 @@ class TDXAppDelegate : private CAnalysisRequests {
   void ProcessNewAudio();
   void ProcessNewImages();
   void ProcessNewAnalysis();
+  [[nodiscard]] bool WriteResults(const std::string& path);
   void RequestAnalysis(std::string path) override;
   void QueueAnalysis(std::string path, uint32_t kind);
   void Reload(ResultsTab tab);

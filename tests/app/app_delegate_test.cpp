@@ -257,6 +257,18 @@ TEST_F(AppDelegateTest, ResultsAreSavedAndOpened) {
   EXPECT_EQ(m_frontEnd.alerts,
             (std::vector<std::string>{"Failed to open results file", "Failed to open results file",
                                       "Failed to save results file"}));
+  // A save that fails leaves what an older one has written, also where a link leads to it.
+  std::filesystem::create_symlink("mine.quillmarsh", m_data / "link.quillmarsh");
+  const std::string saved = test::ReadAll(m_data / "mine.quillmarsh");
+  m_delegate->AudioDups().Clear();
+  std::filesystem::create_directory(m_data / "mine.quillmarsh.saving");
+  EXPECT_FALSE(m_delegate->SaveData(m_data / "link.quillmarsh"));
+  EXPECT_EQ(test::ReadAll(m_data / "mine.quillmarsh"), saved);
+  std::filesystem::remove(m_data / "mine.quillmarsh.saving");
+  EXPECT_TRUE(m_delegate->SaveData(m_data / "link.quillmarsh"));
+  EXPECT_NE(test::ReadAll(m_data / "mine.quillmarsh"), saved);
+  EXPECT_TRUE(std::filesystem::is_symlink(m_data / "link.quillmarsh"));
+  EXPECT_FALSE(std::filesystem::exists(m_data / "mine.quillmarsh.saving"));
   Terminate();
 }
 
