@@ -19,7 +19,9 @@ class CTerminalQuestions : public CFileQuestions {
   [[nodiscard]] static bool Ask(const std::string& question);
 
   // The command has asked its own question before any operation begins.
-  [[nodiscard]] bool Confirm(const std::string&, const std::string&) override { return true; }
+  [[nodiscard]] bool Confirm(const std::string&, const std::string&, const std::string&) override {
+    return true;
+  }
   [[nodiscard]] std::string ChooseMoveFolder() override { return {}; }
   [[nodiscard]] bool Perform(const std::string& path, size_t index, size_t count,
                              const std::function<void()>& work) override;

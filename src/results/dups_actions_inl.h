@@ -201,6 +201,29 @@ bool CDupsModel<Traits>::ActOnFile(std::string_view path, const FilesCallback& c
 }
 
 template <class Traits>
+size_t CDupsModel<Traits>::CountWholeGroups(const std::vector<std::string>& paths) const {
+  std::unordered_set<const ItemData*> items, seen;
+  for (const std::string& path : paths) {
+    if (const ItemData* item = FindItem(path)) items.insert(item);
+  }
+  size_t count = 0;
+  for (const ItemData* start : items) {
+    if (!seen.insert(start).second) continue;
+    bool whole = true;
+    for (std::vector<const ItemData*> waiting{start}; !waiting.empty();) {
+      const ItemData* const item = waiting.back();
+      waiting.pop_back();
+      whole = whole && items.contains(item);
+      ForEachPair(item, [&](const PairData* pair) {
+        if (seen.insert(pair->second).second) waiting.push_back(pair->second);
+      });
+    }
+    count += whole;
+  }
+  return count;
+}
+
+template <class Traits>
 bool CDupsModel<Traits>::CanSwap(const Rows& rows) const {
   if (rows.size() != 2 || !IsRow(rows[0]) || !IsRow(rows[1])) return false;
   const ViewData& first = m_viewData[static_cast<size_t>(rows[0])];

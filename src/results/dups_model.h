@@ -184,6 +184,8 @@ class CDupsModel {
   bool ActOnRows(const Rows& rows, const FilesCallback& callback);
   bool ActOnMarked(const FilesCallback& callback);
   bool ActOnFile(std::string_view path, const FilesCallback& callback);
+  // Of how many groups, in whichever mode, all files are in the list.
+  [[nodiscard]] size_t CountWholeGroups(const std::vector<std::string>& paths) const;
   // Two rows of one group that show two files with the same extension, but for case.
   [[nodiscard]] bool CanSwap(const Rows& rows) const;
   // Has `swap` exchange the two files on disk; then each item takes the other's path and keeps its

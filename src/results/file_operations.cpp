@@ -96,10 +96,13 @@ bool CFileOperations::Handle(std::vector<std::string>* paths,
   return handled > 0 || count == 0;
 }
 
-bool CFileOperations::Delete(std::vector<std::string>* paths) {
+bool CFileOperations::Delete(std::vector<std::string>* paths, size_t wholeGroups) {
   if (CConfiguration::Instance().GetBool("enableDeletionConfirmation", true)) {
     const std::string text = "Move to trash " + std::to_string(paths->size()) + " file(s)?";
-    if (!m_questions.Confirm("Move to trash", text)) return false;
+    const std::string warning =
+        wholeGroups == 0 ? std::string()
+                         : "Groups of which no file will be left: " + std::to_string(wholeGroups);
+    if (!m_questions.Confirm("Move to trash", text, warning)) return false;
   }
   return Handle(paths, [this](const std::string& path) {
     int error = m_files.Trash(path);

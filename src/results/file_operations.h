@@ -31,8 +31,9 @@ class CFileService {
 class CFileQuestions {
  public:
   virtual ~CFileQuestions() = default;
-  // A yes-or-no question; false for no.
-  [[nodiscard]] virtual bool Confirm(const std::string& title, const std::string& text) = 0;
+  // A yes-or-no question; false for no. `warning`, where there is one, stands below it.
+  [[nodiscard]] virtual bool Confirm(const std::string& title, const std::string& text,
+                                     const std::string& warning) = 0;
   // A folder to move files to; empty when cancelled.
   [[nodiscard]] virtual std::string ChooseMoveFolder() = 0;
   // Runs `work`, which handles one file of a list, and comes back when it has ended; a window may
@@ -53,7 +54,8 @@ class CFileOperations {
   // Asks first, if the settings say so. True when the files have been handled: those that could not
   // be trashed count as well, and are named in the log and to Finished. A user who stops half-way
   // shortens the list to the files that were handled; with none handled the result is false.
-  [[nodiscard]] bool Delete(std::vector<std::string>* paths);
+  // The question warns when there are groups of copies that lose all of their files.
+  [[nodiscard]] bool Delete(std::vector<std::string>* paths, size_t wholeGroups = 0);
   // To the folder of the settings, or to one that the user chooses; else as Delete.
   [[nodiscard]] bool Move(std::vector<std::string>* paths);
   // The same to a given folder, with no question.

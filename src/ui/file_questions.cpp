@@ -101,10 +101,13 @@ CWindowQuestions::CWindowQuestions(QWidget* window) : m_window(window) {}
 
 CWindowQuestions::~CWindowQuestions() = default;
 
-bool CWindowQuestions::Confirm(const std::string& title, const std::string& text) {
+bool CWindowQuestions::Confirm(const std::string& title, const std::string& text,
+                               const std::string& warning) {
   QMessageBox box(QMessageBox::Question, QString::fromStdString(title),
                   QString::fromStdString(text), QMessageBox::Yes | QMessageBox::No, m_window);
   box.setTextFormat(Qt::PlainText);
+  box.setInformativeText(QString::fromStdString(warning));
+  if (!warning.empty()) box.setIcon(QMessageBox::Warning);
   box.setDefaultButton(QMessageBox::Yes);
   box.setEscapeButton(QMessageBox::No);
   // The words of the buttons are settled; what "Yes" will do is said to who points at it or hears

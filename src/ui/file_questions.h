@@ -18,7 +18,8 @@ class CWindowQuestions : public CFileQuestions {
   explicit CWindowQuestions(QWidget* window);
   ~CWindowQuestions() override;
 
-  [[nodiscard]] bool Confirm(const std::string& title, const std::string& text) override;
+  [[nodiscard]] bool Confirm(const std::string& title, const std::string& text,
+                             const std::string& warning) override;
   [[nodiscard]] std::string ChooseMoveFolder() override;
   [[nodiscard]] bool Perform(const std::string& path, size_t index, size_t count,
                              const std::function<void()>& work) override;

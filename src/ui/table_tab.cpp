@@ -152,7 +152,9 @@ void CTableTab::AddMarkActions() {
 }
 
 void CTableTab::AddRemovalActions() {
-  const auto trash = [this](std::vector<std::string>* paths) { return m_files.Delete(paths); };
+  const auto trash = [this](std::vector<std::string>* paths) {
+    return m_files.Delete(paths, m_actions->CountWholeGroups(*paths));
+  };
   const auto move = [this](std::vector<std::string>* paths) { return m_files.Move(paths); };
   const auto selected = [this](const FilesCallback& callback) {
     if (m_actions->ActOnRows(SelectedRows(), callback)) Changed();

@@ -36,6 +36,8 @@ class CTableActions {
   virtual void IgnoreMarked() = 0;
   virtual bool ActOnRows(const Rows& rows, const FilesCallback& callback) = 0;
   virtual bool ActOnMarked(const FilesCallback& callback) = 0;
+  // Of how many groups no file would be left without these.
+  [[nodiscard]] virtual size_t CountWholeGroups(const std::vector<std::string>& paths) const = 0;
   virtual void Clear() = 0;
 };
 
@@ -54,6 +56,12 @@ class CTableActionsOf : public CTableActions {
   }
   bool ActOnMarked(const FilesCallback& callback) override {
     return m_controller.ActOnMarked(callback);
+  }
+  [[nodiscard]] size_t CountWholeGroups(const std::vector<std::string>& paths) const override {
+    if constexpr (requires { m_controller.CountWholeGroups(paths); })
+      return m_controller.CountWholeGroups(paths);
+    else
+      return 0;  // a table without pairs
   }
   void Clear() override { m_controller.Clear(); }
 

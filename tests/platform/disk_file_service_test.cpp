@@ -49,7 +49,9 @@ class DiskFileService : public testing::Test {
 
 class NoPerson : public CFileQuestions {
  public:
-  bool Confirm(const std::string&, const std::string&) override { return false; }
+  bool Confirm(const std::string&, const std::string&, const std::string&) override {
+    return false;
+  }
   std::string ChooseMoveFolder() override { return {}; }
   bool Perform(const std::string&, size_t, size_t, const std::function<void()>&) override {
     return false;

@@ -67,7 +67,7 @@ class CFakePerson : public CFileQuestions {
   Strings asked, failures;
   int choosers = 0, finished = 0;
 
-  bool Confirm(const std::string& title, const std::string& text) override {
+  bool Confirm(const std::string& title, const std::string& text, const std::string&) override {
     asked.push_back(title + "|" + text);
     return yes;
   }

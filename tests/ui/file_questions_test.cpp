@@ -28,13 +28,14 @@ TEST(FileQuestions, AsksInTheToldWordsAndEscapeMeansNo) {
     ASSERT_TRUE(box);
     EXPECT_EQ(box->windowTitle(), "Move to trash");
     EXPECT_EQ(box->text(), "Move to trash 1 file(s)?");
+    EXPECT_EQ(box->informativeText(), "No copy left.");
     EXPECT_EQ(box->defaultButton()->text().remove('&'), "Yes");
     EXPECT_EQ(box->escapeButton()->text().remove('&'), "No");
     box->defaultButton()->click();
   });
-  EXPECT_TRUE(questions.Confirm("Move to trash", "Move to trash 1 file(s)?"));
+  EXPECT_TRUE(questions.Confirm("Move to trash", "Move to trash 1 file(s)?", "No copy left."));
   dialogs.Answer("2 file(s)?", "");
-  EXPECT_FALSE(questions.Confirm("Move to trash", "Move to trash 2 file(s)?"));
+  EXPECT_FALSE(questions.Confirm("Move to trash", "Move to trash 2 file(s)?", {}));
 }
 
 TEST(FileQuestions, WorksOnAnotherThreadWhileTheWindowLives) {

@@ -38,7 +38,12 @@ class CNotingFiles : public CFileService {
 class CAnswers : public CFileQuestions {
  public:
   bool yes = true;
-  [[nodiscard]] bool Confirm(const std::string&, const std::string&) override { return yes; }
+  std::string warning;
+  [[nodiscard]] bool Confirm(const std::string&, const std::string&,
+                             const std::string& text) override {
+    warning = text;
+    return yes;
+  }
   [[nodiscard]] std::string ChooseMoveFolder() override { return "/target"; }
   [[nodiscard]] bool Perform(const std::string&, size_t, size_t,
                              const std::function<void()>& work) override {
@@ -78,6 +83,23 @@ class ResultsViewsTest : public testing::Test {
   CAnswers m_answers;
   CFileOperations m_operations{m_files, m_answers};
 };
+
+TEST_F(ResultsViewsTest, WarnsWhenNoCopyWouldBeLeft) {
+  m_results.AddTwoGroups();
+  m_answers.yes = false;
+  const auto view = Make<TDXAudioDupsView>();
+  const struct {
+    std::initializer_list<int> rows;
+    const char* warning;
+  } cases[] = {{{0, 1}, ""},  // b and c match only a, but c is left of their group
+               {{0, 1, 2, 3}, "Groups of which no file will be left: 1"},
+               {{0, 1, 2, 3, 4}, "Groups of which no file will be left: 2"}};
+  for (const auto& [rows, warning] : cases) {
+    Select(*view, rows);
+    Action(*view, "Move to Trash")->trigger();
+    EXPECT_EQ(m_answers.warning, warning);
+  }
+}
 
 TEST_F(ResultsViewsTest, EachColumnSortsBothWays) {
   m_results.AddTwoGroups();

@@ -23,7 +23,7 @@ namespace {
 // Files that no test means to ask about.
 class CNobody : public CFileQuestions {
  public:
-  bool Confirm(const std::string&, const std::string&) override { return true; }
+  bool Confirm(const std::string&, const std::string&, const std::string&) override { return true; }
   std::string ChooseMoveFolder() override { return {}; }
   bool Perform(const std::string&, size_t, size_t, const std::function<void()>& work) override {
     work();
