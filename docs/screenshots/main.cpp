@@ -130,9 +130,20 @@ void ShootOthers(const QWidget& window, const std::string& name) {
 
 QAction* ActionOf(const QWidget& window, const QString& text) {
   for (QAction* action : window.findChildren<QAction*>())
-    if (action->text().remove('&').startsWith(text)) return action;
+    if (action->isEnabled() && action->text().remove('&').startsWith(text)) return action;
   std::fprintf(stderr, "no action %s\n", qPrintable(text));
   return nullptr;
+}
+
+// The window that an action opens and waits for.
+void ShootModal(QWidget& window, const QString& action, const std::string& name) {
+  QTimer::singleShot(700, &window, [&] {
+    if (QWidget* dialog = QApplication::activeModalWidget()) {
+      Shoot(*dialog, name);
+      dialog->close();
+    }
+  });
+  ActionOf(window, action)->trigger();
 }
 
 void Run(const std::string& media) {
@@ -174,15 +185,11 @@ void Run(const std::string& media) {
   }
   Shoot(window, "audio");
   ShootSmall(window, "small-groups", 330);
-  for (const char* text : {"Edit Tags", "Automark"}) {
-    QTimer::singleShot(700, &window, [&, text] {
-      if (QWidget* dialog = QApplication::activeModalWidget()) {
-        Shoot(*dialog, std::string(text) == "Automark" ? "automark" : "tags");
-        dialog->close();
-      }
-    });
-    ActionOf(window, text)->trigger();
-  }
+  ShootModal(window, "Edit Tags", "tags");
+  ShootModal(window, "Automark", "automark");
+  for (QTableView* table : window.findChildren<QTableView*>())
+    if (table->isVisible()) table->selectAll();
+  ShootModal(window, "Move to Trash", "trash");
   ActionOf(window, "Images")->trigger();
   select(1);
   Settle(1500);
