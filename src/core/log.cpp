@@ -137,7 +137,7 @@ bool CLog::OpenFile() {
 }
 
 bool CLog::MapBlock() {
-  struct stat status {};
+  struct stat status{};
   if (fstat(m_file, &status) != 0) return false;
   const off_t size = status.st_size;
   off_t start = 0;
@@ -168,7 +168,7 @@ bool CLog::MapBlock() {
 
 void CLog::CloseFile() {
   if (m_base != nullptr) {
-    struct stat status {};
+    struct stat status{};
     const bool known = fstat(m_file, &status) == 0;
     const off_t length = status.st_size - (m_end - m_cursor);
     munmap(m_base, kBlock);

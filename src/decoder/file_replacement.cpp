@@ -1,7 +1,6 @@
 #include "decoder/file_replacement.h"
 
 #include <fcntl.h>
-#include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/sendfile.h>
 #include <sys/xattr.h>
@@ -18,6 +17,8 @@ namespace quill::decoder {
 namespace {
 
 constexpr int kNames = 100;
+// ioctl_ficlone(2), whose header need not compile as C++.
+constexpr unsigned long kShareBlocks = _IOW(0x94, 9, int);
 
 bool IsSame(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
@@ -64,7 +65,7 @@ bool CFileReplacement::MakeCopy() {
 
 bool CFileReplacement::CopyContent(int source) const {
   // Some file systems share the blocks of a copy, which takes no time and no room.
-  if (ioctl(m_copy, FICLONE, source) == 0) return true;
+  if (ioctl(m_copy, kShareBlocks, source) == 0) return true;
   off_t done = 0;
   while (done < m_before.st_size) {
     constexpr size_t kMost = 64 << 20;
@@ -112,7 +113,7 @@ bool CFileReplacement::GiveName() {
 
 bool CFileReplacement::Commit() {
   if (m_copy == -1 || fsync(m_copy) != 0) return false;
-  struct stat now {};
+  struct stat now{};
   if (lstat(m_target.c_str(), &now) != 0 || !IsSame(now, m_before)) return false;
   if (!GiveName() || rename(m_name.c_str(), m_target.c_str()) != 0) return false;
   m_name.clear();

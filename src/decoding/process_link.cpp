@@ -1,7 +1,6 @@
 #include "decoding/process_link.h"
 
 #include <fcntl.h>
-#include <linux/magic.h>
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/vfs.h>
@@ -18,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/kernel_interface.h"
 #include "core/log.h"
 #include "core/sync.h"
 #include "core/system_error.h"
@@ -65,8 +65,8 @@ std::string TemporaryFolder() {
   if (chosen && *chosen) {
     folder = chosen;
   } else {
-    struct statfs info {};
-    if (statfs("/dev/shm", &info) == 0 && info.f_type == TMPFS_MAGIC &&
+    struct statfs info{};
+    if (statfs("/dev/shm", &info) == 0 && info.f_type == kernel::kTmpfsType &&
         uint64_t{info.f_bavail} * static_cast<uint64_t>(info.f_bsize) >= kSharedMemoryRoom &&
         access("/dev/shm", W_OK | X_OK) == 0) {
       folder = "/dev/shm";

@@ -1,13 +1,12 @@
 #include "platform/disk_file_service.h"
 
 #include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "core/kernel_interface.h"
 #include "platform/move_by_copy.h"
 #include "platform/rename_no_replace.h"
 #include "platform/user_folders.h"
@@ -22,11 +21,11 @@ std::string HomeTrash() {
 
 int ClearFlags(int file) {
   int flags = 0;
-  if (ioctl(file, FS_IOC_GETFLAGS, &flags) != 0) return errno;
-  constexpr int kProtecting = FS_IMMUTABLE_FL | FS_APPEND_FL;
+  if (ioctl(file, kernel::kGetFileFlags, &flags) != 0) return errno;
+  constexpr int kProtecting = kernel::kImmutableFlag | kernel::kAppendOnlyFlag;
   if ((flags & kProtecting) == 0) return ENODATA;
   flags &= ~kProtecting;
-  return ioctl(file, FS_IOC_SETFLAGS, &flags) == 0 ? 0 : errno;
+  return ioctl(file, kernel::kSetFileFlags, &flags) == 0 ? 0 : errno;
 }
 
 }  // namespace
@@ -38,7 +37,7 @@ int CDiskFileService::Trash(const std::string& path) {
 }
 
 int CDiskFileService::Move(const std::string& from, const std::string& to) {
-  struct stat info {};
+  struct stat info{};
   if (lstat(from.c_str(), &info) != 0) return errno;
   if (S_ISDIR(info.st_mode)) return EISDIR;
   const int error = RenameNoReplace(from, to);

@@ -2,10 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <linux/filter.h>
-#include <linux/fs.h>
-#include <linux/seccomp.h>
-#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -20,6 +16,7 @@
 #include <thread>
 #include <tuple>
 
+#include "core/kernel_interface.h"
 #include "core/log.h"
 #include "second_volume.h"
 #include "support/temp_folder.h"
@@ -61,15 +58,25 @@ class NoPerson : public CFileQuestions {
 
 // From now on the system call fails in this process as on a file system that does not know it.
 [[nodiscard]] bool RefuseSystemCall(uint32_t number, uint32_t error) {
-  sock_filter filter[] = {
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  // The filter's instructions as the kernel reads them, whose headers need not compile as C++.
+  struct Instruction {
+    uint16_t code;
+    uint8_t ifTrue, ifFalse;
+    uint32_t value;
   };
-  const sock_fprog program = {static_cast<unsigned short>(std::size(filter)), filter};
+  constexpr int kModeFilter = 2;
+  const Instruction filter[] = {
+      {0x20, 0, 0, 0},                   // load the number of the call
+      {0x15, 0, 1, number},              // is it this one?
+      {0x06, 0, 0, 0x00050000 | error},  // it fails with the error
+      {0x06, 0, 0, 0x7FFF0000},          // any other goes on
+  };
+  const struct {
+    uint16_t length;
+    const Instruction* instructions;
+  } program = {std::size(filter), filter};
   return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-         prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+         prctl(PR_SET_SECCOMP, kModeFilter, &program) == 0;
 }
 
 // Whatever has the target's name stays as it is, and so does the source.
@@ -143,7 +150,7 @@ TEST_F(DiskFileService, ReadOnlyFolderRefuses) {
 
 [[nodiscard]] bool SetFlags(const std::string& path, int flags) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  const bool set = file != -1 && ioctl(file, FS_IOC_SETFLAGS, &flags) == 0;
+  const bool set = file != -1 && ioctl(file, kernel::kSetFileFlags, &flags) == 0;
   if (file != -1) close(file);
   return set;
 }
@@ -153,7 +160,7 @@ TEST_F(DiskFileService, ImmutableFlagIsTakenOff) {
   WriteAll(m_folder / "f", "F");
   EXPECT_NE(service.ClearImmutable(m_folder / "f"), 0) << "nothing to take off, nothing to retry";
   EXPECT_EQ(service.ClearImmutable(m_folder / "gone"), ENOENT);
-  if (!SetFlags(m_folder / "f", FS_IMMUTABLE_FL))
+  if (!SetFlags(m_folder / "f", kernel::kImmutableFlag))
     GTEST_SKIP() << "NOT TESTED: immutable files need a privileged user and a disk that knows them";
   EXPECT_EQ(service.Rename(m_folder / "f", m_folder / "g"), EPERM);
   EXPECT_EQ(service.Trash(m_folder / "f"), EPERM);
@@ -162,7 +169,7 @@ TEST_F(DiskFileService, ImmutableFlagIsTakenOff) {
   ASSERT_TRUE(SetFlags(m_folder / "g", FS_APPEND_FL));
   EXPECT_EQ(service.ClearImmutable(m_folder / "g"), 0);
   // A copy that cannot replace its source goes again.
-  ASSERT_TRUE(SetFlags(m_folder / "g", FS_IMMUTABLE_FL));
+  ASSERT_TRUE(SetFlags(m_folder / "g", kernel::kImmutableFlag));
   test::WithVolume(m_folder / "volume", 256, [&] {
     EXPECT_EQ(service.Move(m_folder / "g", m_folder / "volume/g"), EPERM);
     EXPECT_EQ(Names(m_folder / "volume"), "");
@@ -193,7 +200,7 @@ TEST_F(DiskFileService, MovesAcrossVolumesKeepTheFile) {
     EXPECT_EQ(service.Move(from, to), 0);
     EXPECT_FALSE(fs::exists(from));
     EXPECT_EQ(ReadAll(to), content);
-    struct stat info {};
+    struct stat info{};
     ASSERT_EQ(stat(to.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0640U);
     EXPECT_EQ(info.st_mtim.tv_sec, times[1].tv_sec);

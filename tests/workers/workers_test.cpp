@@ -1,7 +1,6 @@
 #include "workers/workers.h"
 
 #include <gtest/gtest.h>
-#include <linux/ioprio.h>
 #include <sched.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -15,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "core/kernel_interface.h"
 #include "support/temp_folder.h"
 
 namespace quill {
@@ -138,7 +138,7 @@ TEST_F(WorkersTest, ThreadsGiveWayAndTheirMakerDoesNot) {
     char name[16] = {};
     pthread_getname_np(pthread_self(), name, sizeof name);
     return Priority{sched_getscheduler(0), getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())),
-                    syscall(SYS_ioprio_get, IOPRIO_WHO_PROCESS, 0), name};
+                    syscall(SYS_ioprio_get, kernel::kIoPriorityOfProcess, 0), name};
   };
   const Priority before = priority();
   std::promise<Priority> worker;
@@ -152,7 +152,7 @@ TEST_F(WorkersTest, ThreadsGiveWayAndTheirMakerDoesNot) {
   EXPECT_EQ(got.policy, SCHED_BATCH);
   EXPECT_EQ(got.nice, 19);
   if (before.io != -1) {
-    EXPECT_EQ(IOPRIO_PRIO_CLASS(got.io), IOPRIO_CLASS_IDLE);
+    EXPECT_EQ(got.io >> kernel::kIoClassShift, kernel::kIoClassIdle);
   }
   EXPECT_EQ(got.name, "scan worker");
   const Priority after = priority();
