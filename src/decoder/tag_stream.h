@@ -3,11 +3,23 @@
 // in a damaged file. The descriptor is the caller's.
 #pragma once
 
+#include <taglib.h>
 #include <tiostream.h>
 
-#include <string>
+#include <cstddef>
 
 namespace quill::decoder {
+
+// What the library calls a place in a file and a number of bytes, which changed with its version 2.
+#if TAGLIB_MAJOR_VERSION >= 2
+using TagOffset = TagLib::offset_t;
+using TagStart = TagLib::offset_t;
+using TagLength = size_t;
+#else
+using TagOffset = long;
+using TagStart = unsigned long;
+using TagLength = unsigned long;
+#endif
 
 class CTagStream : public TagLib::IOStream {
  public:
@@ -16,26 +28,26 @@ class CTagStream : public TagLib::IOStream {
   [[nodiscard]] bool HasFailed() const { return m_failed; }
 
   [[nodiscard]] TagLib::FileName name() const override { return ""; }
-  TagLib::ByteVector readBlock(unsigned long length) override;
+  TagLib::ByteVector readBlock(TagLength length) override;
   void writeBlock(const TagLib::ByteVector& data) override;
-  void insert(const TagLib::ByteVector& data, unsigned long start, unsigned long replace) override;
-  void removeBlock(unsigned long start, unsigned long length) override;
+  void insert(const TagLib::ByteVector& data, TagStart start, TagLength replace) override;
+  void removeBlock(TagStart start, TagLength length) override;
   [[nodiscard]] bool readOnly() const override { return m_readOnly; }
   [[nodiscard]] bool isOpen() const override { return true; }
-  void seek(long offset, Position origin) override;
-  [[nodiscard]] long tell() const override { return m_position; }
-  long length() override;
-  void truncate(long length) override;
+  void seek(TagOffset offset, Position origin) override;
+  [[nodiscard]] TagOffset tell() const override { return m_position; }
+  TagOffset length() override;
+  void truncate(TagOffset length) override;
 
  private:
-  [[nodiscard]] size_t ReadAt(long offset, char* buffer, size_t length);
-  void WriteAt(long offset, const char* bytes, size_t length);
+  [[nodiscard]] size_t ReadAt(TagOffset offset, char* buffer, size_t length);
+  void WriteAt(TagOffset offset, const char* bytes, size_t length);
   // Moves the bytes from `from` to the end so that they begin at `to`.
-  void MoveTail(long from, long to);
+  void MoveTail(TagOffset from, TagOffset to);
 
   const int m_descriptor;
   const bool m_readOnly;
-  long m_position = 0;
+  TagOffset m_position = 0;
   bool m_failed = false;
 };
 

@@ -96,7 +96,7 @@ void TDXUpdateWindow::CheckAtStart(QWidget* parent) {
   const CConfiguration& configuration = CConfiguration::Instance();
   if (!TDXUpdateChecker::IsConfigured() || !configuration.GetBool("checkUpdate", true)) return;
   const QDateTime last =
-      QDateTime::fromSecsSinceEpoch(configuration.GetInteger("lastUpdate", 0), Qt::UTC);
+      QDateTime::fromSecsSinceEpoch(configuration.GetInteger("lastUpdate", 0)).toUTC();
   if (IsSameDay(last, QDateTime::currentDateTimeUtc())) return;
   CLog::Instance().Line("Begin checking update");
   CheckUpdateModal(false, parent);
