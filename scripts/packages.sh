@@ -8,7 +8,8 @@ BUILD_PACKAGES=(
   libvips-dev libtag1-dev
   libfftw3-dev libhwy-dev libunistring-dev libcubeb-dev opencl-headers
 )
-TEST_PACKAGES=(libgtest-dev pocl-opencl-icd ffmpeg pulseaudio pulseaudio-utils python3 procps clang-format clang)
+TEST_PACKAGES=(libgtest-dev pocl-opencl-icd ffmpeg pulseaudio pulseaudio-utils git python3 procps
+  clang-format-19 clang)
 
 # need_packages PACKAGE...: installs those that are missing; silent and quick when none is.
 need_packages() {

@@ -27,7 +27,7 @@ namespace {
 
 // Whether the file on disk is still the one that was compared, as far as its size tells.
 bool IsUnchanged(const std::string& path, uint64_t size) {
-  struct stat status {};
+  struct stat status{};
   return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
          static_cast<uint64_t>(status.st_size) == size;
 }
@@ -80,7 +80,7 @@ size_t KeepSafeMarks(Controller& table) {
 }
 
 bool IsFolder(const std::string& path) {
-  struct stat status {};
+  struct stat status{};
   if (stat(path.c_str(), &status) != 0) {
     Complain(TerminalText(path) + ": " + std::strerror(errno) + "; nothing was moved");
     return false;

@@ -19,7 +19,7 @@ void Interrupt(int) {
 }  // namespace
 
 CTerminalQuestions::CTerminalQuestions() {
-  struct sigaction action {};
+  struct sigaction action{};
   action.sa_handler = Interrupt;
   action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
   sigaction(SIGINT, &action, &m_oldInterrupt);

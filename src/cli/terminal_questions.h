@@ -34,8 +34,7 @@ class CTerminalQuestions : public CFileQuestions {
  private:
   size_t m_handled = 0;
   size_t m_failed = 0;
-  struct sigaction m_oldInterrupt {
-  }, m_oldTerminate{};
+  struct sigaction m_oldInterrupt{}, m_oldTerminate{};
 };
 
 }  // namespace quill::cli

@@ -30,7 +30,7 @@ void InstallCrashGuard() {
   stack.ss_size = handlerStack.size();
   sigaltstack(&stack, nullptr);
 
-  struct sigaction action {};
+  struct sigaction action{};
   action.sa_handler = LeaveCrashed;
   action.sa_flags = SA_ONSTACK;
   sigset_t faults;

@@ -35,7 +35,7 @@ class CFileReplacement {
   std::string m_target;  // with links resolved
   std::string m_folder;
   std::string m_name;  // of the copy, beside the target; empty while it has none
-  struct stat m_before {};
+  struct stat m_before{};
   int m_copy = -1;
 };
 

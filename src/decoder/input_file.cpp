@@ -13,7 +13,7 @@ bool CInputFile::Open(const std::string& path) {
   if (path.find('\0') != std::string::npos) return false;
   // Opening a pipe or a device may already have an effect, so look before; and look again behind,
   // since the name may have changed hands in between.
-  struct stat status {};
+  struct stat status{};
   if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
   m_descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (m_descriptor < 0) return false;

@@ -109,11 +109,11 @@ void CTagFile::Read(TagFields* fields) const {
 }
 
 bool CTagFile::Change(const TagFields& fields) {
-  static constexpr void (TagLib::Tag::*kSetText[])(const String&) = {
+  static constexpr void (TagLib::Tag::* kSetText[])(const String&) = {
       &TagLib::Tag::setTitle, &TagLib::Tag::setArtist, &TagLib::Tag::setAlbum,
       &TagLib::Tag::setGenre, &TagLib::Tag::setComment};
-  static constexpr void (TagLib::Tag::*kSetNumber[])(unsigned int) = {&TagLib::Tag::setYear,
-                                                                      &TagLib::Tag::setTrack};
+  static constexpr void (TagLib::Tag::* kSetNumber[])(unsigned int) = {&TagLib::Tag::setYear,
+                                                                       &TagLib::Tag::setTrack};
   TagFields now;
   Read(&now);
   bool changed = false;

@@ -32,7 +32,7 @@ std::string Below(const std::string& folder, std::string_view name) {
 
 // Of the path or, where it does not exist yet, of the folder that it would be made in.
 bool VolumeOf(std::string path, dev_t* volume) {
-  struct stat info {};
+  struct stat info{};
   while (stat(path.c_str(), &info) != 0) {
     if (errno != ENOENT || path.size() <= 1) return false;
     path = ParentFolder(path);
@@ -48,7 +48,7 @@ int MakeFolder(const std::string& path) {
     if (const int error = MakeFolder(ParentFolder(path))) return error;
     if (mkdir(path.c_str(), 0700) == 0) return 0;
   }
-  struct stat info {};
+  struct stat info{};
   if (errno != EEXIST || stat(path.c_str(), &info) != 0) return errno;
   return S_ISDIR(info.st_mode) ? 0 : ENOTDIR;
 }
@@ -57,7 +57,7 @@ int MakeFolder(const std::string& path) {
 // files would go to somebody else's folder.
 int MakeOwnFolder(const std::string& path) {
   if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) return errno;
-  struct stat info {};
+  struct stat info{};
   if (lstat(path.c_str(), &info) != 0) return errno;
   if (!S_ISDIR(info.st_mode)) return ENOTDIR;
   return info.st_uid == getuid() ? 0 : EACCES;
@@ -66,7 +66,7 @@ int MakeOwnFolder(const std::string& path) {
 int MakeVolumeTrash(const std::string& top, std::string* trash) {
   const std::string user = std::to_string(getuid());
   const std::string shared = Below(top, ".Trash");
-  struct stat info {};
+  struct stat info{};
   if (lstat(shared.c_str(), &info) == 0 && S_ISDIR(info.st_mode) && (info.st_mode & S_ISVTX)) {
     *trash = shared + "/" + user;
     if (MakeOwnFolder(*trash) == 0) return 0;
@@ -77,7 +77,7 @@ int MakeVolumeTrash(const std::string& top, std::string* trash) {
 
 // The highest folder of the volume.
 std::string TopOf(std::string folder, dev_t volume) {
-  struct stat info {};
+  struct stat info{};
   while (folder != "/") {
     const std::string parent = ParentFolder(folder);
     if (stat(parent.c_str(), &info) != 0 || info.st_dev != volume) break;
@@ -176,7 +176,7 @@ int MoveInto(const std::string& trash, const std::string& path, std::string_view
 CDesktopTrash::CDesktopTrash(std::string home) : m_home(std::move(home)) {}
 
 int CDesktopTrash::Put(const std::string& path) const {
-  struct stat info {};
+  struct stat info{};
   if (lstat(path.c_str(), &info) != 0) return errno;
   if (S_ISDIR(info.st_mode)) return EISDIR;
 

@@ -40,7 +40,7 @@ bool IsSame(const timespec& a, const timespec& b) {
 
 // The time of the last change tells of writers that set the time of modification back.
 bool IsUnchanged(const std::string& path, const struct stat& then) {
-  struct stat now {};
+  struct stat now{};
   return lstat(path.c_str(), &now) == 0 && now.st_dev == then.st_dev && now.st_ino == then.st_ino &&
          now.st_size == then.st_size && IsSame(now.st_mtim, then.st_mtim) &&
          IsSame(now.st_ctim, then.st_ctim);
@@ -96,7 +96,7 @@ void CopyDescription(int from, int to, const struct stat& info) {
 int Copy(int from, int to, const struct stat& info) {
   if (const int error = CopyData(from, to)) return error;
   CopyDescription(from, to, info);
-  struct stat copy {};
+  struct stat copy{};
   if (fsync(to) != 0 || fstat(to, &copy) != 0) return errno;
   return copy.st_size == info.st_size ? 0 : EBUSY;
 }
@@ -117,8 +117,7 @@ int RemoveSource(const std::string& from, const std::string& targetFolder,
 
 // Unless another program has put something else there.
 void RemoveCopy(const std::string& path, int copy) {
-  struct stat ours {
-  }, there{};
+  struct stat ours{}, there{};
   if (fstat(copy, &ours) == 0 && lstat(path.c_str(), &there) == 0 && ours.st_dev == there.st_dev &&
       ours.st_ino == there.st_ino)
     unlink(path.c_str());
@@ -128,7 +127,7 @@ void RemoveCopy(const std::string& path, int copy) {
 
 int MoveByCopy(const std::string& from, const std::string& to) {
   // What can be known beforehand is not worth a copy.
-  struct stat info {};
+  struct stat info{};
   if (lstat(to.c_str(), &info) == 0) return EEXIST;
   if (faccessat(AT_FDCWD, ParentFolder(from).c_str(), W_OK | X_OK, AT_EACCESS) != 0) return errno;
   const CDescriptor source(open(from.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));

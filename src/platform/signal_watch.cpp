@@ -24,7 +24,7 @@ void OnSignal(int) {
 }
 
 void SetHandlers(void (*handler)(int)) {
-  struct sigaction action {};
+  struct sigaction action{};
   action.sa_handler = handler;
   action.sa_flags = static_cast<int>(SA_RESTART | (handler == OnSignal ? SA_RESETHAND : 0));
   sigaction(SIGINT, &action, nullptr);

@@ -74,7 +74,7 @@ std::string DefaultMoveFolder() {
   if (!configuration.GetBool("enableMoveFolder", true)) return {};
   if (!configuration.GetBytes("moveBookmark", &bytes)) return {};
   std::string folder(bytes.begin(), bytes.end());
-  struct stat info {};
+  struct stat info{};
   return stat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode) ? folder : std::string();
 }
 

@@ -12,13 +12,13 @@ static_assert(std::endian::native == std::endian::little);
 static_assert(sizeof(float) == 4);
 
 template <class Number>
-requires std::is_arithmetic_v<Number>
+  requires std::is_arithmetic_v<Number>
 void StoreNumber(void* target, Number number) {
   std::memcpy(target, &number, sizeof(Number));
 }
 
 template <class Number>
-requires std::is_arithmetic_v<Number>
+  requires std::is_arithmetic_v<Number>
 [[nodiscard]] Number LoadNumber(const void* source) {
   Number number;
   std::memcpy(&number, source, sizeof(Number));

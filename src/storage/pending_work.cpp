@@ -79,7 +79,7 @@ CSerializer::CSerializer(CPendingWorkStore& store, CPendingWorkPool& pool, CPend
       m_pool(pool),
       m_audio(audio),
       m_image(image),
-      m_buffer(new (std::nothrow) uint8_t[kBuffer]) {}
+      m_buffer(new(std::nothrow) uint8_t[kBuffer]) {}
 
 bool CSerializer::InnerProcess() {
   if (!Rewind()) return CSystemError::Bool("InnerProcess", 69, false);
@@ -165,7 +165,7 @@ CSerializerReader::CSerializerReader(CPendingWorkStore& store, CPendingWorkQueue
       m_queue(queue),
       m_audio(audio),
       m_image(image),
-      m_buffer(new (std::nothrow) uint8_t[kBuffer]) {}
+      m_buffer(new(std::nothrow) uint8_t[kBuffer]) {}
 
 bool CSerializerReader::InnerProcess() {
   if (m_buffer == nullptr) return CSystemError::Bool("InnerProcess", 212, false);

@@ -215,7 +215,7 @@ bool CResultsJournal::ReadField(std::string& text) {
 }
 
 template <class Field>
-requires std::is_trivially_copyable_v<Field>
+  requires std::is_trivially_copyable_v<Field>
 bool CResultsJournal::ReadField(Field& field) {
   const uint8_t* const bytes = ReadBytes(sizeof(Field));
   if (bytes == nullptr) return false;
@@ -311,7 +311,7 @@ void CResultsJournal::AppendField(std::string_view text) {
 }
 
 template <class Field>
-requires std::is_trivially_copyable_v<Field>
+  requires std::is_trivially_copyable_v<Field>
 void CResultsJournal::AppendField(const Field& field) {
   AppendBytes(&field, sizeof(Field));
 }

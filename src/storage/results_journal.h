@@ -144,7 +144,7 @@ class CResultsJournal {
   [[nodiscard]] bool Read(Field&... fields);
   [[nodiscard]] bool ReadField(std::string& text);
   template <class Field>
-  requires std::is_trivially_copyable_v<Field>
+    requires std::is_trivially_copyable_v<Field>
   [[nodiscard]] bool ReadField(Field& field);
   // The next `length` bytes, or null past the end; moves the position behind them.
   [[nodiscard]] const uint8_t* ReadBytes(uint32_t length);
@@ -154,7 +154,7 @@ class CResultsJournal {
   void Append(uint8_t type, const Field&... fields);
   void AppendField(std::string_view text);
   template <class Field>
-  requires std::is_trivially_copyable_v<Field>
+    requires std::is_trivially_copyable_v<Field>
   void AppendField(const Field& field);
   // Stores and moves the position, also when there is no room. The position stops below 4 GiB.
   void AppendBytes(const void* bytes, uint32_t length);

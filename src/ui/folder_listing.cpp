@@ -52,7 +52,7 @@ FolderEntries ListFolder(const std::string& path, Listing listing) {
     if (read->d_name[0] == '.') continue;
     FolderEntry entry{.name = read->d_name, .isFolder = read->d_type == DT_DIR};
     if (listing == Listing::kDetails || read->d_type == DT_UNKNOWN) {
-      struct stat status {};
+      struct stat status{};
       if (fstatat(dirfd(folder), read->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) continue;
       entry.isFolder = S_ISDIR(status.st_mode);
       entry.size = static_cast<uint64_t>(status.st_size);
@@ -80,8 +80,7 @@ void CFolderLister::Request(std::string path, Listing listing, Done done) {
     const CSyncLock lock(m_sync);
     m_results.emplace_back(done, std::move(entries));
     if (m_results.size() == 1)
-      QMetaObject::invokeMethod(
-          this, [this] { Deliver(); }, Qt::QueuedConnection);
+      QMetaObject::invokeMethod(this, [this] { Deliver(); }, Qt::QueuedConnection);
   };
   m_threads.start(work, listing == Listing::kDetails ? 1 : 0);
 }
@@ -101,8 +100,7 @@ void CFolderLister::Deliver() {
     m_results.pop_front();
     if (m_results.empty()) return;
     if (timer.elapsed() < kDeliverMs) continue;
-    QMetaObject::invokeMethod(
-        this, [this] { Deliver(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, [this] { Deliver(); }, Qt::QueuedConnection);
     return;
   }
 }

@@ -12,7 +12,7 @@ namespace {
 // DT_REG, DT_DIR, or something else, which is skipped.
 unsigned char EntryType(const dirent& entry, const std::string& path) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type;
-  struct stat status {};
+  struct stat status{};
   if (stat(path.c_str(), &status) != 0) return DT_UNKNOWN;
   return static_cast<unsigned char>(IFTODT(status.st_mode));
 }

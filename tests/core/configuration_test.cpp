@@ -144,7 +144,7 @@ TEST(ConfigurationFoldersTest, AreMadeOnEachCall) {
   const mode_t mask = umask(0);
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ(configuration.ApplicationSupportPath("cache.dat"), folder / "data/one/two/cache.dat");
-    struct stat status {};
+    struct stat status{};
     ASSERT_EQ(stat((folder / "data/one").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0777u);
     std::filesystem::remove_all(folder / "data");

@@ -117,7 +117,9 @@ TEST_F(LogTest, SanitizedTextStaysOneLine) {
     log.Line(text);
     expected += Line(clean);
   }
-  { CLogLine(log, false).Append("one\ttwo\nthree").Append(static_cast<const char*>(nullptr)); }
+  {
+    CLogLine(log, false).Append("one\ttwo\nthree").Append(static_cast<const char*>(nullptr));
+  }
   expected += Line("one\ttwo\nthree");
   EXPECT_TRUE(TextOf(m_file) == expected);
 }
@@ -131,7 +133,7 @@ TEST_F(LogTest, MissingFolderLosesTheTextOnly) {
   log.Line("kept");
   umask(mask);
   EXPECT_EQ(TextOf(m_folder / "absent/logs/2026-03-08.log"), Line("kept"));
-  struct stat status {};
+  struct stat status{};
   stat((m_folder / "absent/logs").c_str(), &status);
   EXPECT_EQ(status.st_mode & 07777, 0777u);
   stat((m_folder / "absent/logs/2026-03-08.log").c_str(), &status);

@@ -161,7 +161,7 @@ TEST_F(TagsTest, TheNameNeitherHelpsNorHarms) {
   ASSERT_EQ(Write(link, kSecond), kDecodeOk);
   EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ(Read(named), kSecond);
-  struct stat status {};
+  struct stat status{};
   ASSERT_EQ(stat(named.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777, 0640u);
 }

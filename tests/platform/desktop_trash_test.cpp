@@ -57,7 +57,7 @@ std::map<std::string, std::string> Restorable(const std::string& trash) {
 }
 
 mode_t Mode(const std::string& path) {
-  struct stat info {};
+  struct stat info{};
   EXPECT_EQ(lstat(path.c_str(), &info), 0) << path;
   return info.st_mode & 07777;
 }
