@@ -166,7 +166,7 @@ TEST_F(DiskFileService, ImmutableFlagIsTakenOff) {
   EXPECT_EQ(service.Trash(m_folder / "f"), EPERM);
   EXPECT_EQ(service.ClearImmutable(m_folder / "f"), 0);
   EXPECT_EQ(service.Rename(m_folder / "f", m_folder / "g"), 0);
-  ASSERT_TRUE(SetFlags(m_folder / "g", FS_APPEND_FL));
+  ASSERT_TRUE(SetFlags(m_folder / "g", kernel::kAppendOnlyFlag));
   EXPECT_EQ(service.ClearImmutable(m_folder / "g"), 0);
   // A copy that cannot replace its source goes again.
   ASSERT_TRUE(SetFlags(m_folder / "g", kernel::kImmutableFlag));
