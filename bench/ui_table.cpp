@@ -14,8 +14,8 @@
 
 #include "core/configuration.h"
 #include "table_pairs.h"
-#include "ui/dups_table_model.h"
-#include "ui/table_view.h"
+#include "ui/audio/audio_dups_model.h"
+#include "ui/table/table_view.h"
 
 namespace quill {
 namespace {

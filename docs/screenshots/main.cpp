@@ -27,8 +27,8 @@
 #include "platform/qt_main_queue.h"
 #include "support/media_maker.h"
 #include "support/temp_folder.h"
-#include "ui/main_window.h"
-#include "ui/preferences_window.h"
+#include "ui/preferences/preferences_window.h"
+#include "ui/window/main_window.h"
 
 namespace {
 

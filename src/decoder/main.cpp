@@ -6,12 +6,12 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "decoder/command_loop.h"
-#include "decoder/crash_guard.h"
-#include "decoder/ffmpeg.h"
-#include "decoder/own_memory.h"
-#include "decoder/pipe.h"
-#include "decoder/watcher.h"
+#include "decoder/commands/command_loop.h"
+#include "decoder/input/ffmpeg.h"
+#include "decoder/link/crash_guard.h"
+#include "decoder/link/own_memory.h"
+#include "decoder/link/pipe.h"
+#include "decoder/link/watcher.h"
 
 namespace {
 

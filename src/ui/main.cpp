@@ -14,8 +14,8 @@
 #include "platform/instance_link.h"
 #include "platform/qt_main_queue.h"
 #include "platform/signal_watch.h"
-#include "ui/main_window.h"
-#include "ui/path_text.h"
+#include "ui/widgets/path_text.h"
+#include "ui/window/main_window.h"
 
 namespace {
 

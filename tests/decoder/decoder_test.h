@@ -12,7 +12,7 @@
 #include "core/configuration.h"
 #include "core/log.h"
 #include "core/settings_store.h"
-#include "decoder/status.h"
+#include "decoder/link/status.h"
 #include "decoding/audio_decoder.h"
 #include "decoding/decoder_table.h"
 #include "decoding/process_link.h"

@@ -10,7 +10,7 @@
 #include "results/file_operations.h"
 #include "support/manual_queue.h"
 #include "support/temp_folder.h"
-#include "ui/results_view.h"
+#include "ui/table/results_view.h"
 
 namespace quill::test {
 

@@ -1,0 +1,31 @@
+// Page of the preferences: which decoders may be used, in which order, for which files. What is
+// changed here is stored when the window closes. Main thread.
+#pragma once
+
+#include "ui/preferences/settings_page.h"
+
+class QAction;
+class QTableView;
+
+namespace quill {
+
+class CDecoderTableModel;
+
+class CDecodersPage : public CPreferencesPage {
+ public:
+  CDecodersPage();
+
+  void ResetDefaults() override;
+  void Store();
+
+ private:
+  void Move(int step);
+  void UpdateActions();
+
+  CDecoderTableModel* m_decoders;
+  QTableView* m_decodersView;
+  QAction* m_up;
+  QAction* m_down;
+};
+
+}  // namespace quill

@@ -1,0 +1,289 @@
+// The real window over the real program: real media, decoders, threads and files.
+#include "ui/window/main_window.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QComboBox>
+#include <QDropEvent>
+#include <QElapsedTimer>
+#include <QMimeData>
+#include <QStackedWidget>
+#include <QTableView>
+#include <QUrl>
+#include <fstream>
+#include <optional>
+
+#include "core/configuration.h"
+#include "platform/data_session.h"
+#include "platform/qt_main_queue.h"
+#include "storage/results_journal.h"
+#include "support/media_maker.h"
+#include "support/temp_folder.h"
+#include "ui/dialog_driver.h"
+#include "ui/folders/folders_view.h"
+#include "ui/window/status_view.h"
+
+namespace quill {
+namespace {
+
+using test::CDialogDriver;
+
+constexpr const char* kSongs[] = {"otter",  "bramble", "quartz",  "lantern", "sickle", "meadow",
+                                  "harbor", "juniper", "volcano", "pewter",  "canyon", "thistle"};
+constexpr size_t kCount = std::size(kSongs);
+
+// Every song twice. Long enough that no scan of them ends by itself between two steps of a test.
+const std::string& MusicFolder() {
+  static const test::CTempFolder folder;
+  static const bool made = [] {
+    for (uint32_t song = 0; song < kCount; ++song) {
+      const std::vector<float> samples = test::Music(song + 1, 60, 22050, 1);
+      for (const std::string copy : {"a", "b"}) {
+        std::filesystem::create_directory(folder / copy);
+        test::WriteWav(folder / (copy + "/" + kSongs[song] + ".wav"), samples, 22050, 1);
+      }
+    }
+    return true;
+  }();
+  (void)made;
+  return folder.Path();
+}
+
+template <class Done>
+bool WaitFor(Done done) {
+  QElapsedTimer clock;
+  clock.start();
+  QTimer wakeUp;
+  wakeUp.start(10);
+  while (!done() && clock.elapsed() < 120000)
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+  return done();
+}
+
+class MainWindowTest : public testing::Test {
+ protected:
+  void Open(const std::string& file = {}) {
+    Make();
+    m_window->Start(file);
+    ASSERT_TRUE(WaitFor([&] { return Delegate().AudioDups().m_journal != nullptr; }));
+    QCoreApplication::processEvents();
+  }
+  void Make() {
+    m_session.emplace();
+    ASSERT_EQ(m_session->Open(CUserFolders::Under(m_data.Path())), CDataLock::Result::kLocked);
+    // One slow thread: a scan lasts for many steps of a test.
+    CConfiguration::Instance().SetBool("enableThreadLimit", true);
+    m_queue.emplace();
+    m_window = std::make_unique<TDXMainWindow>(*m_queue);
+  }
+  void Close() {
+    if (!m_window) return;
+    m_window->close();
+    m_window.reset();
+    m_queue.reset();
+    m_session.reset();
+    // The end of the program must not hold for the rest of the tests.
+    QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(0); });
+    QApplication::exec();
+  }
+  void TearDown() override { Close(); }
+
+  TDXAppDelegate& Delegate() { return m_window->Delegate(); }
+  QAction* Action(const char* name) {
+    auto* action = m_window->findChild<QAction*>(name);
+    if (!action) throw std::runtime_error(name);
+    return action;
+  }
+  bool IsEnabled(const char* name) { return Action(name)->isEnabled(); }
+  QString Button() { return Action("scan")->text().remove('&'); }
+  void AddMusic() {
+    m_window->findChild<TDXFoldersView*>()->AddNewPath(MusicFolder(), 0);
+    QCoreApplication::processEvents();
+  }
+  void Scan() { Action("scan")->trigger(); }
+  bool ScanEnds() {
+    return WaitFor([&] { return Delegate().IsIdle() && Button() == "Scan"; });
+  }
+  size_t Pairs() { return Delegate().AudioDups().PairCount(); }
+
+  const test::CTempFolder m_data;
+  std::optional<CDataSession> m_session;
+  std::optional<CQtMainQueue> m_queue;
+  std::unique_ptr<TDXMainWindow> m_window;
+};
+
+TEST_F(MainWindowTest, ScansSavesOpensAndExports) {
+  Open();
+  auto* mode = m_window->findChild<QComboBox*>();
+  for (const char* name : {"scan", "stop", "findDuplicates", "analyse", "save", "export"})
+    EXPECT_FALSE(IsEnabled(name)) << name;
+  AddMusic();
+  EXPECT_TRUE(IsEnabled("scan"));
+  EXPECT_TRUE(IsEnabled("findDuplicates"));
+  EXPECT_FALSE(IsEnabled("stop"));
+
+  Scan();
+  EXPECT_EQ(Button(), "Pause");
+  EXPECT_TRUE(IsEnabled("stop"));
+  EXPECT_FALSE(IsEnabled("findDuplicates"));
+  EXPECT_FALSE(mode->isEnabled());
+  ASSERT_TRUE(ScanEnds());
+  EXPECT_TRUE(mode->isEnabled());
+  EXPECT_TRUE(IsEnabled("findDuplicates"));
+  EXPECT_FALSE(IsEnabled("stop"));
+  EXPECT_EQ(Pairs(), kCount);
+  const QStringList status = m_window->findChild<TDXStatusView*>()->Texts();
+  EXPECT_TRUE(status.contains("New: 24/24")) << status.join('|').toStdString();
+
+  Action("tabAudio")->trigger();
+  const auto* table = m_window->findChild<QStackedWidget*>()->currentWidget();
+  EXPECT_EQ(table->findChild<QTableView*>()->model()->rowCount(), static_cast<int>(2 * kCount));
+  EXPECT_TRUE(IsEnabled("export"));
+  {
+    CDialogDriver dialogs;
+    dialogs.ChooseFile(m_data / "march.2024");
+    Action("export")->trigger();
+    dialogs.ChooseFile(m_data / "march.2024");
+    Action("saveAs")->trigger();
+  }
+  EXPECT_NE(test::ReadAll(m_data / "march.2024.csv").find(MusicFolder() + "/a/otter.wav"),
+            std::string::npos);
+  const std::string results = m_data / "march.2024.quillmarsh";
+  EXPECT_TRUE(CResultsJournal::IsResultsFile(results));
+  EXPECT_TRUE(IsEnabled("save"));
+
+  Delegate().AudioDups().Clear();
+  Action("save")->trigger();
+  const std::string empty = test::ReadAll(results);
+  {
+    CDialogDriver dialogs;
+    dialogs.ChooseFile(m_data / "other");
+    Action("saveAs")->trigger();
+  }
+  EXPECT_EQ(empty, test::ReadAll(m_data / "other.quillmarsh")) << "save writes to the same file";
+}
+
+TEST_F(MainWindowTest, OpensAFileOfTheCommandLineAndOneThatIsDropped) {
+  Open();
+  AddMusic();
+  Scan();
+  ASSERT_TRUE(ScanEnds());
+  const std::string results = m_data / "r.quillmarsh";
+  ASSERT_TRUE(Delegate().SaveData(results));
+  Delegate().AudioDups().Clear();
+  Close();
+
+  Open(results);
+  ASSERT_TRUE(WaitFor([&] { return Pairs() != 0; }));
+  EXPECT_EQ(Pairs(), kCount);
+  EXPECT_TRUE(IsEnabled("save"));
+  Delegate().AudioDups().Clear();
+
+  QMimeData data;
+  data.setUrls({QUrl::fromLocalFile(QString::fromStdString(results))});
+  QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
+  QCoreApplication::sendEvent(m_window.get(), &enter);
+  EXPECT_TRUE(enter.isAccepted());
+  QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
+  QCoreApplication::sendEvent(m_window.get(), &drop);
+  EXPECT_EQ(Pairs(), kCount);
+  Delegate().AudioDups().Clear();
+  m_window->BringForward(results);
+  EXPECT_EQ(Pairs(), kCount) << "as a second start of the program does";
+}
+
+TEST_F(MainWindowTest, PausesContinuesAndStops) {
+  Open();
+  AddMusic();
+  Scan();
+  Scan();
+  ASSERT_EQ(Button(), "Continue");
+  EXPECT_FALSE(m_window->findChild<QComboBox*>()->isEnabled());
+  EXPECT_FALSE(IsEnabled("findDuplicates"));
+  EXPECT_TRUE(IsEnabled("stop"));
+  Scan();
+  ASSERT_EQ(Button(), "Pause");
+  // A stop drops what no worker has taken yet; with nothing waiting it would have no effect.
+  ASSERT_TRUE(WaitFor([&] { return Delegate().Counters().scheduled == 2 * kCount; }));
+  Scan();
+  ASSERT_EQ(Button(), "Continue");
+  Action("stop")->trigger();
+  ASSERT_TRUE(ScanEnds()) << "a stop out of a pause ends the scan too";
+  EXPECT_LT(Pairs(), kCount);
+  Scan();
+  ASSERT_TRUE(ScanEnds());
+  EXPECT_EQ(Pairs(), kCount) << "a new scan begins afresh";
+}
+
+TEST_F(MainWindowTest, AScanThatTheEndCutShortGoesOnAtTheNextStart) {
+  Open();
+  AddMusic();
+  Scan();
+  ASSERT_FALSE(Delegate().IsIdle());
+  Close();
+  Open();
+  EXPECT_EQ(Button(), "Pause") << "it goes on without a question";
+  ASSERT_TRUE(ScanEnds());
+  EXPECT_EQ(Pairs(), kCount);
+  EXPECT_TRUE(IsEnabled("scan")) << "the folders are still chosen";
+}
+
+TEST_F(MainWindowTest, AnEndRightAfterTheStartKeepsTheWorkThatWasLeft) {
+  Open();
+  AddMusic();
+  Scan();
+  Close();
+  Make();
+  m_window->Start({});
+  Close();
+  Open();
+  EXPECT_EQ(Button(), "Pause");
+  ASSERT_TRUE(ScanEnds());
+  EXPECT_EQ(Pairs(), kCount);
+}
+
+TEST_F(MainWindowTest, LeavesForeignFilesAlone) {
+  const std::string foreign = m_data / "novel.quillmarsh";
+  test::WriteAll(foreign, "Chapter one.");
+  Open();
+  CDialogDriver dialogs;
+  dialogs.ChooseFile(foreign);
+  dialogs.Answer("Failed to open results file", "OK");
+  Action("open")->trigger();
+  dialogs.Answer("is no results file", "OK");
+  Action("save")->trigger();
+
+  dialogs.ChooseFile(m_data / "novel");
+  dialogs.Answer("exists already", "Replace");
+  dialogs.Answer("is no results file", "OK");
+  Action("saveAs")->trigger();
+  EXPECT_EQ(test::ReadAll(foreign), "Chapter one.");
+
+  // No for an answer leads back to the choice.
+  const std::string list = m_data / "list.csv";
+  test::WriteAll(list, "mine");
+  Action("tabAudio")->trigger();
+  dialogs.ChooseFile(m_data / "list");
+  dialogs.Answer("exists already", "");
+  dialogs.Do([](QWidget* dialog) { dialog->close(); });
+  Action("export")->trigger();
+  EXPECT_EQ(test::ReadAll(list), "mine");
+}
+
+TEST_F(MainWindowTest, ComesBackAsItWas) {
+  Open();
+  Action("tabImages")->trigger();
+  Action("modeAnalyse")->trigger();
+  m_window->resize(900, 640);
+  Close();
+  Open();
+  EXPECT_TRUE(Action("tabImages")->isChecked());
+  EXPECT_EQ(m_window->findChild<QStackedWidget*>()->currentIndex(), 2);
+  EXPECT_TRUE(Action("modeAnalyse")->isChecked());
+  EXPECT_EQ(m_window->findChild<QComboBox*>()->currentText(), "Analyse");
+  EXPECT_EQ(m_window->size(), QSize(900, 640));
+}
+
+}  // namespace
+}  // namespace quill
