@@ -50,7 +50,7 @@ mkdir -p "$systems"
 root=$(mktemp -d "$systems/$suite.XXXXXX")
 take_away() {
   # Nothing below may be mounted any more: the machine's own devices are among it.
-  umount -R "$root/proc" "$root/dev" 2>/dev/null || true
+  umount -R "$root/proc" "$root/sys" "$root/dev" 2>/dev/null || true
   rm -rf --one-file-system "$root"
 }
 trap take_away EXIT
@@ -69,6 +69,7 @@ deb $security $suite-security main
 END
 cp /etc/resolv.conf "$root/etc/resolv.conf"
 mount -t proc proc "$root/proc"
+mount -t sysfs -o ro sysfs "$root/sys"
 mount --rbind /dev "$root/dev"
 mount --make-rslave "$root/dev"
 
