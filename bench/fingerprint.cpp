@@ -31,8 +31,7 @@ double Milliseconds() {
 
 class CNoSink : public CAudioPairSink {
  public:
-  bool LockedAdd(const CRef<const ItemBase>&, uint8_t, const CRef<const ItemBase>&, uint8_t, float,
-                 float, float) override {
+  bool LockedAdd(Found) override {
     ++m_count;
     return true;
   }

@@ -124,10 +124,9 @@ struct Plain {
 
 class CCollector : public CImagePairSink {
  public:
-  bool LockedAdd(const CRef<const ImageInfo>&, uint8_t, const CRef<const ImageInfo>&, uint8_t,
-                 float content, float experimental) override {
-    m_content.push_back(content);
-    m_experimental.push_back(experimental);
+  bool LockedAdd(Found pair) override {
+    m_content.push_back(pair.scores[ImageScores::kContent]);
+    m_experimental.push_back(pair.scores[ImageScores::kExperimental]);
     return true;
   }
   std::vector<float> m_content, m_experimental;

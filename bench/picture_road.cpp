@@ -25,10 +25,7 @@ using Clock = std::chrono::steady_clock;
 
 class CNoPairs : public quill::CImagePairSink {
  public:
-  bool LockedAdd(const quill::CRef<const quill::ImageInfo>&, uint8_t,
-                 const quill::CRef<const quill::ImageInfo>&, uint8_t, float, float) override {
-    return true;
-  }
+  bool LockedAdd(Found) override { return true; }
 };
 
 double Milliseconds(Clock::time_point start) {

@@ -23,14 +23,8 @@ class CNoPairs : public quill::CAudioPairSink,
                  public quill::CAnalysisSink {
  public:
   bool LockedAdd(const quill::CRef<const quill::AnalysisInfo>&) override { return true; }
-  bool LockedAdd(const quill::CRef<const quill::ImageInfo>&, uint8_t,
-                 const quill::CRef<const quill::ImageInfo>&, uint8_t, float, float) override {
-    return true;
-  }
-  bool LockedAdd(const quill::CRef<const quill::ItemBase>&, uint8_t,
-                 const quill::CRef<const quill::ItemBase>&, uint8_t, float, float, float) override {
-    return true;
-  }
+  bool LockedAdd(quill::CImagePairSink::Found) override { return true; }
+  bool LockedAdd(quill::CAudioPairSink::Found) override { return true; }
 };
 
 void MakeFile(const std::string& path, size_t size, uint32_t seed) {

@@ -17,7 +17,7 @@
 namespace quill {
 namespace {
 
-using bench::FoundPair;
+using bench::MadePair;
 
 constexpr size_t kBatch = 1000;
 constexpr double kBatchGoalMs = 50, kSortGoalMs = 500;
@@ -43,7 +43,7 @@ class CTableBench {
     for (bool flat : {false, true}) {
       CConfiguration::Instance().SetBool("enableFlatMode", flat);
       for (bool clustered : {true, false}) {
-        const std::vector<FoundPair> pairs = bench::Pairs(clustered);
+        const std::vector<MadePair> pairs = bench::Pairs(clustered);
         for (FieldId column : {FieldId::kFile, FieldId::kContent}) {
           Grow(pairs, column, clustered, flat);
         }
@@ -55,12 +55,12 @@ class CTableBench {
   }
 
  private:
-  void Add(CAudioDupsController& model, const FoundPair& pair) {
-    model.LockedAdd(m_files[pair.first], 1, m_files[pair.second], 1, 0.5f, pair.content, -1);
+  void Add(CAudioDupsController& model, const MadePair& pair) {
+    model.LockedAdd({m_files[pair.first], m_files[pair.second], 1, 1, {0.5f, pair.content, -1}});
   }
 
   // No rows until RebuildRows.
-  void Load(CAudioDupsController& model, const FoundPair& pair) {
+  void Load(CAudioDupsController& model, const MadePair& pair) {
     for (uint32_t file : {pair.first, pair.second}) {
       const ItemBase& base = *m_files[file];
       AudioItemRecord item;
@@ -75,7 +75,7 @@ class CTableBench {
     model.BulkAdd(m_files[pair.first]->path, m_files[pair.second]->path, 0.5f, pair.content, -1);
   }
 
-  void Grow(const std::vector<FoundPair>& pairs, FieldId column, bool clustered, bool flat) {
+  void Grow(const std::vector<MadePair>& pairs, FieldId column, bool clustered, bool flat) {
     auto model = std::make_unique<CAudioDupsController>(m_store, m_ignores);
     auto plain = std::make_unique<CAudioDupsController>(m_store, m_ignores);
     model->SetSort(column, true);

@@ -16,16 +16,16 @@ constexpr size_t kPairs = 100000;
 constexpr uint32_t kFiles = 50000;
 constexpr uint32_t kCluster = 5;  // files that all match each other: 10 pairs
 
-struct FoundPair {
+struct MadePair {
   uint32_t first, second;
   float content;
 };
 
 // Either clusters of a few files in random order of arrival, or partners drawn from all files, with
 // which most of them end in one group.
-inline std::vector<FoundPair> Pairs(bool clustered) {
+inline std::vector<MadePair> Pairs(bool clustered) {
   std::mt19937 random(7);
-  std::vector<FoundPair> pairs;
+  std::vector<MadePair> pairs;
   for (uint32_t base = 0; clustered && base < kFiles; base += kCluster) {
     for (uint32_t a = 0; a < kCluster; ++a) {
       for (uint32_t b = a + 1; b < kCluster; ++b) pairs.push_back({base + a, base + b, 0});
@@ -36,7 +36,7 @@ inline std::vector<FoundPair> Pairs(bool clustered) {
     const auto b = static_cast<uint32_t>(random() % kFiles);
     if (a != b) pairs.push_back({std::min(a, b), std::max(a, b), 0});
   }
-  const auto key = [](const FoundPair& pair) { return uint64_t{pair.first} << 32 | pair.second; };
+  const auto key = [](const MadePair& pair) { return uint64_t{pair.first} << 32 | pair.second; };
   std::sort(pairs.begin(), pairs.end(),
             [&](const auto& x, const auto& y) { return key(x) < key(y); });
   pairs.erase(std::unique(pairs.begin(), pairs.end(),
@@ -44,7 +44,7 @@ inline std::vector<FoundPair> Pairs(bool clustered) {
               pairs.end());
   std::shuffle(pairs.begin(), pairs.end(), random);
   pairs.resize(kPairs);
-  for (FoundPair& pair : pairs) pair.content = static_cast<float>(random() % 2000) / 20000 + 0.9f;
+  for (MadePair& pair : pairs) pair.content = static_cast<float>(random() % 2000) / 20000 + 0.9f;
   return pairs;
 }
 

@@ -20,7 +20,7 @@
 namespace quill {
 namespace {
 
-using bench::FoundPair;
+using bench::MadePair;
 
 constexpr size_t kBatch = 1000;
 constexpr double kBatchGoalMs = 50, kSortGoalMs = 500;
@@ -43,7 +43,7 @@ class CUiTableBench {
     for (bool flat : {false, true}) {
       CConfiguration::Instance().SetBool("enableFlatMode", flat);
       for (bool clustered : {true, false}) {
-        const std::vector<FoundPair> pairs = bench::Pairs(clustered);
+        const std::vector<MadePair> pairs = bench::Pairs(clustered);
         for (Selection selection : {Selection::kOneRow, Selection::kAllRows}) {
           Grow(pairs, selection, clustered, flat);
         }
@@ -60,7 +60,7 @@ class CUiTableBench {
     QCoreApplication::processEvents();
   }
 
-  void Grow(const std::vector<FoundPair>& pairs, Selection selection, bool clustered, bool flat) {
+  void Grow(const std::vector<MadePair>& pairs, Selection selection, bool clustered, bool flat) {
     CAudioDupsController controller(m_store, m_ignores);
     controller.SetSort(FieldId::kFile, true);
     CAudioDupsModel model(controller, m_analysis);
@@ -70,9 +70,9 @@ class CUiTableBench {
     double longest = 0, total = 0, controllerLongest = 0, controllerTotal = 0;
     for (size_t start = 0; start < pairs.size(); start += kBatch) {
       for (size_t i = start; i < start + kBatch; ++i) {
-        const FoundPair& pair = pairs[i];
-        controller.LockedAdd(m_files[pair.first], 1, m_files[pair.second], 1, 0.5f, pair.content,
-                             -1);
+        const MadePair& pair = pairs[i];
+        controller.LockedAdd(
+            {m_files[pair.first], m_files[pair.second], 1, 1, {0.5f, pair.content, -1}});
       }
       const double before = NowMs();
       if (!controller.ProcessNewData()) std::abort();

@@ -179,16 +179,9 @@ bool CAudioComparer::CompareFile(const std::string& path) {
   const AudioGate gate = StoreGate(m_settings, target);
 
   m_targetReady = false;
-  bool done = true;
-  uint32_t last = 0;
-  while (done && m_store.NextEntries(gate, target.ordinal, &last, &m_found)) {
-    for (const AudioEntry& candidate : m_found) {
-      done = ComparePair(target, candidate);
-      if (!done) break;
-    }
-  }
-  m_found.clear();
-  return done;
+  return m_store.ForEachBefore(gate, target.ordinal, [&](const AudioEntry& candidate) {
+    return ComparePair(target, candidate);
+  });
 }
 
 bool CAudioComparer::ComparePair(const AudioEntry& target, const AudioEntry& candidate) {
@@ -206,8 +199,11 @@ bool CAudioComparer::ComparePair(const AudioEntry& target, const AudioEntry& can
 
   // A score that was not computed is below every threshold.
   if (tags >= m_settings.tags || content >= m_settings.content || precise >= m_settings.precise) {
-    m_sink.LockedAdd(target.info, static_cast<uint8_t>(target.group), candidate.info,
-                     static_cast<uint8_t>(candidate.group), tags, content, precise);
+    m_sink.LockedAdd({target.info,
+                      candidate.info,
+                      static_cast<uint8_t>(target.group),
+                      static_cast<uint8_t>(candidate.group),
+                      {tags, content, precise}});
   }
   return true;
 }

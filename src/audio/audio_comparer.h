@@ -68,9 +68,8 @@ class CAudioComparer {
   CAudioPairSink& m_sink;
   COpenCL* const m_device;
   CSoundPrint m_sound;
-  std::vector<AudioEntry> m_found;  // the stretch of the walk in hand
-  DeviceScores m_deviceScores;      // of this walk; empty unless the device has worked
-  bool m_targetReady = false;       // m_target has been made in this walk
+  DeviceScores m_deviceScores;  // of this walk; empty unless the device has worked
+  bool m_targetReady = false;   // m_target has been made in this walk
   BarkData m_target;
   BarkData m_candidate;  // overwritten from pair to pair
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "audio/audio_record.h"
-#include "core/system_error.h"
 #include "storage/scan_store_inl.h"
 
 namespace quill {
@@ -60,31 +59,6 @@ bool AudioStoreTraits::WriteState(CSerializer& serializer, std::string_view path
 void AudioStoreTraits::Complete(AudioEntry& entry) {
   // Without keys the rest of the scan could not compare tags with this file.
   if (!entry.keys) entry.keys = MakeTagKeys(*entry.info);
-}
-
-CRef<const ItemBase> CAudioStore::GetCache(std::string_view path, std::string_view artist,
-                                           std::string_view album, std::string_view title,
-                                           uint32_t durationMs, uint32_t bitrate, uint16_t format,
-                                           uint64_t size) const {
-  const CRef<const ItemBase> known = FindInfo(path);
-  if (known && known->artist == artist && known->album == album && known->title == title &&
-      known->durationMs == durationMs && known->bitrate == bitrate && known->format == format &&
-      known->size == size)
-    return known;
-  const CRef<ItemBase> item = MakeRef<ItemBase>();
-  if (!item) {
-    CSystemError::Bool("GetCache", 1264, false);
-    return {};
-  }
-  item->path = path;
-  item->artist = artist;
-  item->album = album;
-  item->title = title;
-  item->durationMs = durationMs;
-  item->bitrate = bitrate;
-  item->format = format;
-  item->size = size;
-  return item;
 }
 
 }  // namespace quill

@@ -52,7 +52,7 @@ struct AudioStoreTraits {
   using Gate = AudioGate;
   using GateKey = AudioGate::Key;
   static constexpr CacheRecordType kType = CacheRecordType::kAudio;
-  static constexpr ScanStoreLines kLines = {407, 412, 700, 701, 1211};
+  static constexpr ScanStoreLines kLines = {407, 412, 700, 701, 1211, 1264};
 
   static GateKey KeyOf(const AudioEntry& entry);
   static bool WriteRecord(const std::string& path, const AudioEntry& parts, CCacheRecord* record);
@@ -63,16 +63,6 @@ struct AudioStoreTraits {
 
 extern template class CScanStore<AudioStoreTraits>;
 
-class CAudioStore : public CScanStore<AudioStoreTraits> {
- public:
-  using CScanStore::CScanStore;
-
-  // The stored record if every field given is equal, else a new one with modification time 0, which
-  // is not put into the store. Null after a report when memory is short.
-  [[nodiscard]] CRef<const ItemBase> GetCache(std::string_view path, std::string_view artist,
-                                              std::string_view album, std::string_view title,
-                                              uint32_t durationMs, uint32_t bitrate,
-                                              uint16_t format, uint64_t size) const;
-};
+using CAudioStore = CScanStore<AudioStoreTraits>;
 
 }  // namespace quill

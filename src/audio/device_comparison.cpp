@@ -38,18 +38,16 @@ bool ProcessCL(COpenCL& device, const CAudioStore& store, const CIgnoreList& ign
 
   const AudioGate gate = StoreGate(settings, target);
   DeviceBlock block;
-  std::vector<AudioEntry> found;
-  uint32_t last = 0;
-  while (store.NextEntries(gate, target.ordinal, &last, &found)) {
-    for (const AudioEntry& candidate : found) {
-      if (!candidate.bark || IsPairCut(settings, ignores, target, candidate)) continue;
-      block.Add(*candidate.bark, candidate.ordinal);
-      if (block.ordinals.size() < kBlockCandidates) continue;
-      if (!BlockCL(device, targetRows, targetLength, block, list))
-        return CSystemError::Bool("ProcessCL", 1111, false);
-      block.Clear();
-    }
-  }
+  const bool walked = store.ForEachBefore(gate, target.ordinal, [&](const AudioEntry& candidate) {
+    if (!candidate.bark || IsPairCut(settings, ignores, target, candidate)) return true;
+    block.Add(*candidate.bark, candidate.ordinal);
+    if (block.ordinals.size() < kBlockCandidates) return true;
+    if (!BlockCL(device, targetRows, targetLength, block, list))
+      return CSystemError::Bool("ProcessCL", 1111, false);
+    block.Clear();
+    return true;
+  });
+  if (!walked) return false;
   if (!block.ordinals.empty() && !BlockCL(device, targetRows, targetLength, block, list))
     return CSystemError::Bool("ProcessCL", 1119, false);
   return true;

@@ -7,17 +7,14 @@
 #include <string_view>
 
 #include "core/reference.h"
+#include "storage/file_facts.h"
 
 namespace quill {
 
-struct ItemBase : CReferenced<ItemBase> {
-  std::string path;  // full path, the key of the item; UTF-8 as far as the file system has it
-  std::string artist, album, title;
-  uint32_t durationMs = 0;
-  uint32_t bitrate = 0;   // bits per second
-  uint16_t format = 0;    // wire::FormatId
+struct ItemBase : AudioFacts, CReferenced<ItemBase> {
+  using Facts = AudioFacts;
+
   uint32_t modified = 0;  // modification time in seconds, low 32 bits; 0 when not from a scan
-  uint64_t size = 0;      // bytes
 };
 
 // The four texts that the tag comparison works on: lower-cased, without ASCII punctuation and

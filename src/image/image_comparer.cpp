@@ -131,16 +131,9 @@ bool CImageComparer::CompareFile(const std::string& path) {
   if (!m_store.FindEntry(path, &target)) return false;
   const ImageGate gate{static_cast<uint8_t>(target.group)};
   m_contentReady = m_experimentalReady = false;
-  bool done = true;
-  uint32_t last = 0;
-  while (done && m_store.NextEntries(gate, target.ordinal, &last, &m_found)) {
-    for (const ImageEntry& candidate : m_found) {
-      done = ComparePair(target, candidate);
-      if (!done) break;
-    }
-  }
-  m_found.clear();
-  return done;
+  return m_store.ForEachBefore(gate, target.ordinal, [&](const ImageEntry& candidate) {
+    return ComparePair(target, candidate);
+  });
 }
 
 bool CImageComparer::ComparePair(const ImageEntry& target, const ImageEntry& candidate) {
@@ -166,8 +159,11 @@ bool CImageComparer::ComparePair(const ImageEntry& target, const ImageEntry& can
 
   // A score that was not computed is below every threshold.
   if (content >= m_settings.content || experimental >= m_settings.experimental) {
-    m_sink.LockedAdd(target.info, static_cast<uint8_t>(target.group), candidate.info,
-                     static_cast<uint8_t>(candidate.group), content, experimental);
+    m_sink.LockedAdd({target.info,
+                      candidate.info,
+                      static_cast<uint8_t>(target.group),
+                      static_cast<uint8_t>(candidate.group),
+                      {content, experimental}});
   }
   return true;
 }

@@ -56,7 +56,6 @@ class CImageComparer {
   const CIgnoreList& m_ignores;
   const ImageSettings& m_settings;
   CImagePairSink& m_sink;
-  std::vector<ImageEntry> m_found;  // the stretch of the walk in hand
   // The file in hand, made ready at the first pair of a walk that needs it.
   bool m_contentReady = false;
   bool m_experimentalReady = false;

@@ -1,21 +1,16 @@
-// Where the image engine reports its pairs; the duplicates controller implements it.
+// The pairs of the image engine.
 #pragma once
 
-#include <cstdint>
-
-#include "core/reference.h"
 #include "image/image_info.h"
+#include "storage/pair_sink.h"
 
 namespace quill {
 
-class CImagePairSink {
- public:
-  virtual ~CImagePairSink() = default;
-  // Worker threads. Scores run from 0 to 1; -1 is not computed. The result is ignored by the
-  // engine.
-  virtual bool LockedAdd(const CRef<const ImageInfo>& first, uint8_t firstGroup,
-                         const CRef<const ImageInfo>& second, uint8_t secondGroup, float content,
-                         float experimental) = 0;
+// Places in the scores of a pair.
+struct ImageScores {
+  enum Score : size_t { kContent, kExperimental, kScores };
 };
+
+using CImagePairSink = CPairSink<ImageInfo, ImageScores::kScores>;
 
 }  // namespace quill

@@ -43,7 +43,7 @@ struct ImageStoreTraits {
   using Gate = ImageGate;
   using GateKey = uint8_t;  // folder group
   static constexpr CacheRecordType kType = CacheRecordType::kImage;
-  static constexpr ScanStoreLines kLines = {361, 366, 549, 550, 686};
+  static constexpr ScanStoreLines kLines = {361, 366, 549, 550, 686, 726};
 
   static GateKey KeyOf(const ImageEntry& entry) { return static_cast<uint8_t>(entry.group); }
   static bool WriteRecord(const std::string& path, const ImageEntry& parts, CCacheRecord* record);
@@ -54,15 +54,6 @@ struct ImageStoreTraits {
 
 extern template class CScanStore<ImageStoreTraits>;
 
-class CImageStore : public CScanStore<ImageStoreTraits> {
- public:
-  using CScanStore::CScanStore;
-
-  // The stored record if every field given is equal, else a new one with modification time 0, which
-  // is not put into the store. Null after a report when memory is short.
-  [[nodiscard]] CRef<const ImageInfo> GetCache(std::string_view path, uint32_t width,
-                                               uint32_t height, uint8_t format, uint8_t bits,
-                                               uint64_t size) const;
-};
+using CImageStore = CScanStore<ImageStoreTraits>;
 
 }  // namespace quill

@@ -22,11 +22,7 @@ bool CSonogramBuilder::Publish(const Run& run) {
     for (size_t begin = 0; begin + run.bins <= values.size(); begin += run.bins)
       for (size_t bin = 0; bin < run.bins; ++bin) values[begin + bin] /= Scale(run, bin);
   }
-  {
-    CSyncLock lock(m_sync);
-    std::swap(m_result, m_fresh);
-  }
-  m_fresh = {};  // what was on show may be large
+  m_shown.Show(std::exchange(m_fresh, {}));
   return true;
 }
 

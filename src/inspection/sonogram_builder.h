@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "core/sync.h"
+#include "inspection/shown_result.h"
 #include "inspection/spectrum_builder.h"
 #include "signal/aligned_allocator.h"
 
@@ -28,11 +28,10 @@ class CSonogramBuilder : public CSpectrumBuilder {
 
   ~CSonogramBuilder() override { Stop(); }
 
-  // As CSpectrogramBuilder's.
+  // As CShownResult's.
   template <class Look>
-  void Visit(Look look) const EXCLUDES(m_sync) {
-    CSyncLock lock(m_sync);
-    look(m_result);
+  void Visit(Look look) const {
+    m_shown.Visit(look);
   }
 
  private:
@@ -42,8 +41,7 @@ class CSonogramBuilder : public CSpectrumBuilder {
 
   Result m_fresh;  // builder's thread only
 
-  mutable CSync m_sync;
-  Result m_result GUARDED_BY(m_sync);
+  CShownResult<Result> m_shown;
 };
 
 }  // namespace quill

@@ -35,8 +35,7 @@ bool CSpectrogramBuilder::Publish(const Run& run) {
     m_fresh.maxValue = std::max(m_fresh.maxValue, *std::max_element(peaks.begin(), peaks.end()));
   }
   m_fresh.sampleRate = run.sampleRate;
-  CSyncLock lock(m_sync);
-  std::swap(m_result, m_fresh);
+  m_shown.Show(std::exchange(m_fresh, {}));
   return true;
 }
 

@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "core/sync.h"
+#include "inspection/shown_result.h"
 #include "inspection/spectrum_builder.h"
 #include "signal/aligned_allocator.h"
 
@@ -22,12 +22,10 @@ class CSpectrogramBuilder : public CSpectrumBuilder {
 
   ~CSpectrogramBuilder() override { Stop(); }
 
-  // Calls look(const Result&) under the lock that the builder takes to exchange results: for a
-  // drawing, not for longer.
+  // As CShownResult's.
   template <class Look>
-  void Visit(Look look) const EXCLUDES(m_sync) {
-    CSyncLock lock(m_sync);
-    look(m_result);
+  void Visit(Look look) const {
+    m_shown.Visit(look);
   }
 
  private:
@@ -39,8 +37,7 @@ class CSpectrogramBuilder : public CSpectrumBuilder {
   Result m_fresh;
   std::array<size_t, kChannels> m_frames{};
 
-  mutable CSync m_sync;
-  Result m_result GUARDED_BY(m_sync);
+  CShownResult<Result> m_shown;
 };
 
 }  // namespace quill

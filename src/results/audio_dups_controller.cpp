@@ -41,17 +41,7 @@ FileKey AudioDupsTraits::KeyOf(FieldId column, const ItemBase& base) {
 
 void AudioDupsTraits::JournalItem(CResultsJournal& journal, const ItemBase& base,
                                   uint8_t folderGroup) {
-  AudioItemRecord record;
-  record.path = base.path;
-  record.artist = base.artist;
-  record.title = base.title;
-  record.album = base.album;
-  record.size = base.size;
-  record.durationMs = base.durationMs;
-  record.bitrate = base.bitrate;
-  record.format = base.format;
-  record.group = folderGroup;
-  journal.AddAudioItem(record);
+  journal.AddAudioItem({base, folderGroup});
 }
 
 void AudioDupsTraits::JournalPair(CResultsJournal& journal, std::string_view first,
@@ -72,21 +62,13 @@ void AudioDupsTraits::JournalChange(CResultsJournal& journal, const ItemBase& be
 CAudioDupsController::CAudioDupsController(const CAudioStore& store, CIgnoreList& ignores)
     : CDupsModel(ignores), m_store(store) {}
 
-bool CAudioDupsController::LockedAdd(const CRef<const ItemBase>& first, uint8_t firstGroup,
-                                     const CRef<const ItemBase>& second, uint8_t secondGroup,
-                                     float tags, float content, float precise) {
-  return Append({first, second, firstGroup, secondGroup, {tags, content, precise}});
-}
-
 void CAudioDupsController::RemovePaths(const std::vector<std::string>& paths) {
   RemoveFiles(paths);
 }
 
 bool CAudioDupsController::BulkAdd(const AudioItemRecord& item) {
   if (FindItem(item.path)) return true;
-  CRef<const ItemBase> base =
-      m_store.GetCache(item.path, item.artist, item.album, item.title, item.durationMs,
-                       item.bitrate, item.format, item.size);
+  CRef<const ItemBase> base = m_store.GetCache(item);
   if (!base || !InsertJournaled(std::move(base), item.group)) {
     return CSystemError::Bool("BulkAdd", 1, false);
   }
@@ -120,8 +102,12 @@ bool CAudioDupsController::WriteResults(CResultsJournal& journal) {
 CRef<const ItemBase> CAudioDupsController::Changed(const ItemBase& base, std::string_view path,
                                                    std::string_view artist, std::string_view album,
                                                    std::string_view title) const {
-  return m_store.GetCache(path, artist, album, title, base.durationMs, base.bitrate, base.format,
-                          base.size);
+  AudioFacts facts = base;
+  facts.path = path;
+  facts.artist = artist;
+  facts.album = album;
+  facts.title = title;
+  return m_store.GetCache(facts);
 }
 
 CRef<const ItemBase> CAudioDupsController::WithPath(const ItemBase& base, const std::string& path) {

@@ -16,9 +16,8 @@
 
 namespace quill {
 
-struct AudioDupsTraits {
+struct AudioDupsTraits : AudioScores {
   using Base = ItemBase;
-  enum Score : size_t { kTags, kContent, kPrecise, kScores };
   using Scores = std::array<float, kScores>;
   static constexpr const char* kSortKey = "audioDupsSort";
 
@@ -33,7 +32,6 @@ struct AudioDupsTraits {
 };
 
 class CAudioDupsController : public CDupsModel<AudioDupsTraits>,
-                             public CAudioPairSink,
                              public CRemovalFollower,
                              public CAudioResultsTable {
  public:
@@ -44,11 +42,6 @@ class CAudioDupsController : public CDupsModel<AudioDupsTraits>,
   CPartnerTable* m_controller = nullptr;
   // Where wishes for analysis go; may be null, and then there are none. Not owned.
   CAnalysisRequests* m_workers = nullptr;
-
-  // CAudioPairSink. False after a report for a null record.
-  bool LockedAdd(const CRef<const ItemBase>& first, uint8_t firstGroup,
-                 const CRef<const ItemBase>& second, uint8_t secondGroup, float tags, float content,
-                 float precise) override;
 
   // CRemovalFollower: the files that the analysis table's user has removed.
   void RemovePaths(const std::vector<std::string>& paths) override;

@@ -46,6 +46,11 @@ constexpr std::array<AutomarkThreshold, ImageDupsTraits::kScores> kImageThreshol
      0.8F},
 }};
 
+constexpr AutomarkForm kAudioForm{kAudioCriteria, kAudioThresholds, "audioAutomarkPriorities",
+                                  "audioAutomarkFolders", "audioAutomarkExtensions"};
+constexpr AutomarkForm kImageForm{kImageCriteria, kImageThresholds, "imageAutomarkPriorities",
+                                  "imageAutomarkFolders", "imageAutomarkExtensions"};
+
 std::string FolderOf(std::string_view path) {
   return std::string(FolderPart(path));
 }
@@ -151,16 +156,6 @@ void MarkWorse(Table& table, const Context& context, const std::vector<float>& l
   table.MarkOnly(chosen);
 }
 
-// A score is allowed when some pair has it above 0.
-template <class Table>
-std::vector<bool> AllowedScores(const Table& table) {
-  const auto statistics = table.GetStatistics();
-  std::vector<bool> allowed;
-  for (const float maximum : statistics.maximum)
-    allowed.push_back(statistics.count != 0 && maximum > 0);
-  return allowed;
-}
-
 }  // namespace
 
 bool CAutomark::LoadPriorities(bool defaultsOnly, std::vector<FieldId>* out) const {
@@ -171,7 +166,7 @@ bool CAutomark::LoadPriorities(bool defaultsOnly, std::vector<FieldId>* out) con
   };
   if (!defaultsOnly) {
     std::vector<std::string> saved;
-    (void)CConfiguration::Instance().GetList(m_keys.priorities, &saved);
+    (void)CConfiguration::Instance().GetList(m_form.priorities, &saved);
     for (const std::string& name : saved)
       for (const AutomarkCriterion& criterion : Criteria())
         if (name == criterion.storedName) add(criterion.id);
@@ -196,11 +191,11 @@ bool CAutomark::LoadTexts(const char* name, const char* key, bool defaultsOnly,
 }
 
 bool CAutomark::LoadFolders(bool defaultsOnly, std::vector<std::string>* out) const {
-  return LoadTexts("LoadFolders", m_keys.folders, defaultsOnly, FolderOf, out);
+  return LoadTexts("LoadFolders", m_form.folders, defaultsOnly, FolderOf, out);
 }
 
 bool CAutomark::LoadExtensions(bool defaultsOnly, std::vector<std::string>* out) const {
-  return LoadTexts("LoadExtensions", m_keys.extensions, defaultsOnly, ExtensionOf, out);
+  return LoadTexts("LoadExtensions", m_form.extensions, defaultsOnly, ExtensionOf, out);
 }
 
 void CAutomark::SavePriorities(const std::vector<FieldId>& priorities) const {
@@ -208,15 +203,15 @@ void CAutomark::SavePriorities(const std::vector<FieldId>& priorities) const {
   for (const FieldId id : priorities)
     for (const AutomarkCriterion& criterion : Criteria())
       if (criterion.id == id) names.emplace_back(criterion.storedName);
-  CConfiguration::Instance().SetList(m_keys.priorities, names);
+  CConfiguration::Instance().SetList(m_form.priorities, names);
 }
 
 void CAutomark::SaveFolders(const std::vector<std::string>& folders) const {
-  CConfiguration::Instance().SetList(m_keys.folders, folders);
+  CConfiguration::Instance().SetList(m_form.folders, folders);
 }
 
 void CAutomark::SaveExtensions(const std::vector<std::string>& extensions) const {
-  CConfiguration::Instance().SetList(m_keys.extensions, extensions);
+  CConfiguration::Instance().SetList(m_form.extensions, extensions);
 }
 
 std::vector<AutomarkThresholdState> CAutomark::LoadThresholds() const {
@@ -250,63 +245,39 @@ std::vector<float> CAutomark::LeastScores(const std::vector<bool>& allowed) cons
   return least;
 }
 
-CAudioAutomark::CAudioAutomark(CAudioDupsController& table,
-                               const CAudioAnalysisController* analysis)
-    : CAutomark({"audioAutomarkPriorities", "audioAutomarkFolders", "audioAutomarkExtensions"}),
-      m_table(table),
-      m_analysis(analysis) {}
-
-std::span<const AutomarkCriterion> CAudioAutomark::Criteria() const {
-  return kAudioCriteria;
+// A score is allowed when some pair has it above 0.
+template <class Table>
+std::vector<bool> CTableAutomark<Table>::Allowed() const {
+  const auto statistics = m_table.GetStatistics();
+  std::vector<bool> allowed;
+  for (const float maximum : statistics.maximum)
+    allowed.push_back(statistics.count != 0 && maximum > 0);
+  return allowed;
 }
 
-std::span<const AutomarkThreshold> CAudioAutomark::Thresholds() const {
-  return kAudioThresholds;
+template <class Table>
+void CTableAutomark<Table>::VisitPaths(const std::function<void(std::string_view)>& visit) const {
+  m_table.ForEachItem([&](const typename Table::ItemData& item) { visit(item.base->path); });
 }
 
-std::vector<bool> CAudioAutomark::Allowed() const {
-  return AllowedScores(m_table);
-}
-
-void CAudioAutomark::VisitPaths(const std::function<void(std::string_view)>& visit) const {
-  m_table.ForEachItem([&](const CAudioDupsController::ItemData& item) { visit(item.base->path); });
-}
-
-void CAudioAutomark::Mark(const std::vector<bool>& allowed) {
+template <class Table>
+void CTableAutomark<Table>::Mark(const std::vector<bool>& allowed) {
   Context context;
   (void)LoadPriorities(false, &context.priorities);
-  context.folders = LoadPlaces(m_keys.folders);
-  context.extensions = LoadPlaces(m_keys.extensions);
+  context.folders = LoadPlaces(m_form.folders);
+  context.extensions = LoadPlaces(m_form.extensions);
   context.analysis = m_analysis;
   MarkWorse(m_table, context, LeastScores(allowed));
 }
 
+template class CTableAutomark<CAudioDupsController>;
+template class CTableAutomark<CImageDupsController>;
+
+CAudioAutomark::CAudioAutomark(CAudioDupsController& table,
+                               const CAudioAnalysisController* analysis)
+    : CTableAutomark(kAudioForm, table, analysis) {}
+
 CImageAutomark::CImageAutomark(CImageDupsController& table)
-    : CAutomark({"imageAutomarkPriorities", "imageAutomarkFolders", "imageAutomarkExtensions"}),
-      m_table(table) {}
-
-std::span<const AutomarkCriterion> CImageAutomark::Criteria() const {
-  return kImageCriteria;
-}
-
-std::span<const AutomarkThreshold> CImageAutomark::Thresholds() const {
-  return kImageThresholds;
-}
-
-std::vector<bool> CImageAutomark::Allowed() const {
-  return AllowedScores(m_table);
-}
-
-void CImageAutomark::VisitPaths(const std::function<void(std::string_view)>& visit) const {
-  m_table.ForEachItem([&](const CImageDupsController::ItemData& item) { visit(item.base->path); });
-}
-
-void CImageAutomark::Mark(const std::vector<bool>& allowed) {
-  Context context;
-  (void)LoadPriorities(false, &context.priorities);
-  context.folders = LoadPlaces(m_keys.folders);
-  context.extensions = LoadPlaces(m_keys.extensions);
-  MarkWorse(m_table, context, LeastScores(allowed));
-}
+    : CTableAutomark(kImageForm, table, nullptr) {}
 
 }  // namespace quill

@@ -40,14 +40,24 @@ struct AutomarkThresholdState {
   float value = 0;
 };
 
+// What the two sides differ in. The texts and spans are constants.
+struct AutomarkForm {
+  // In their default order, thresholds in the order of the table's scores.
+  std::span<const AutomarkCriterion> criteria;
+  std::span<const AutomarkThreshold> thresholds;
+  // Keys of the three lists.
+  const char* priorities;
+  const char* folders;
+  const char* extensions;
+};
+
 // What the audio and the image form share. The window for the lists works on this face.
 class CAutomark {
  public:
   virtual ~CAutomark() = default;
 
-  // Criteria and thresholds in their default order, thresholds in the order of the table's scores.
-  [[nodiscard]] virtual std::span<const AutomarkCriterion> Criteria() const = 0;
-  [[nodiscard]] virtual std::span<const AutomarkThreshold> Thresholds() const = 0;
+  [[nodiscard]] std::span<const AutomarkCriterion> Criteria() const { return m_form.criteria; }
+  [[nodiscard]] std::span<const AutomarkThreshold> Thresholds() const { return m_form.thresholds; }
 
   // The three lists. With `defaultsOnly` the settings are not read. Each reports under its name and
   // returns false for a null `out`.
@@ -75,19 +85,14 @@ class CAutomark {
   virtual void Mark(const std::vector<bool>& allowed) = 0;
 
  protected:
-  struct Keys {
-    const char* priorities;
-    const char* folders;
-    const char* extensions;
-  };
-  explicit CAutomark(const Keys& keys) : m_keys(keys) {}
+  explicit CAutomark(const AutomarkForm& form) : m_form(form) {}
 
   // Calls visit(path) for each file of the table.
   virtual void VisitPaths(const std::function<void(std::string_view)>& visit) const = 0;
   // The thresholds of a run, by score; a value of -infinity lets every pair pass.
   [[nodiscard]] std::vector<float> LeastScores(const std::vector<bool>& allowed) const;
 
-  const Keys m_keys;
+  const AutomarkForm& m_form;
 
  private:
   [[nodiscard]] bool LoadTexts(const char* name, const char* key, bool defaultsOnly,
@@ -95,37 +100,37 @@ class CAutomark {
                                std::vector<std::string>* out) const;
 };
 
-class CAudioAutomark : public CAutomark {
+// Over one kind of table.
+template <class Table>
+class CTableAutomark : public CAutomark {
  public:
-  // `analysis` gives the ratings; may be null, and then that criterion tells nothing. Both must
-  // outlive the object.
-  CAudioAutomark(CAudioDupsController& table, const CAudioAnalysisController* analysis);
-
-  [[nodiscard]] std::span<const AutomarkCriterion> Criteria() const override;
-  [[nodiscard]] std::span<const AutomarkThreshold> Thresholds() const override;
   [[nodiscard]] std::vector<bool> Allowed() const override;
   void Mark(const std::vector<bool>& allowed) override;
+
+ protected:
+  // `analysis` gives the ratings; may be null, and then that criterion tells nothing. All must
+  // outlive the object.
+  CTableAutomark(const AutomarkForm& form, Table& table, const CAudioAnalysisController* analysis)
+      : CAutomark(form), m_table(table), m_analysis(analysis) {}
 
  private:
   void VisitPaths(const std::function<void(std::string_view)>& visit) const override;
 
-  CAudioDupsController& m_table;
-  const CAudioAnalysisController* m_analysis;
+  Table& m_table;
+  const CAudioAnalysisController* const m_analysis;
 };
 
-class CImageAutomark : public CAutomark {
+extern template class CTableAutomark<CAudioDupsController>;
+extern template class CTableAutomark<CImageDupsController>;
+
+class CAudioAutomark : public CTableAutomark<CAudioDupsController> {
+ public:
+  CAudioAutomark(CAudioDupsController& table, const CAudioAnalysisController* analysis);
+};
+
+class CImageAutomark : public CTableAutomark<CImageDupsController> {
  public:
   explicit CImageAutomark(CImageDupsController& table);
-
-  [[nodiscard]] std::span<const AutomarkCriterion> Criteria() const override;
-  [[nodiscard]] std::span<const AutomarkThreshold> Thresholds() const override;
-  [[nodiscard]] std::vector<bool> Allowed() const override;
-  void Mark(const std::vector<bool>& allowed) override;
-
- private:
-  void VisitPaths(const std::function<void(std::string_view)>& visit) const override;
-
-  CImageDupsController& m_table;
 };
 
 }  // namespace quill

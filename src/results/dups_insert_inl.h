@@ -67,10 +67,10 @@ void CDupsModel<Traits>::Clear() {
 }
 
 template <class Traits>
-bool CDupsModel<Traits>::Append(InsertData data) {
-  if (!data.first || !data.second) return CSystemError::Bool("LockedAdd", 1, false);
+bool CDupsModel<Traits>::LockedAdd(InsertData pair) {
+  if (!pair.first || !pair.second) return CSystemError::Bool("LockedAdd", 1, false);
   std::list<InsertData> added;  // made outside the lock, so that workers meet only for the splice
-  added.push_back(std::move(data));
+  added.push_back(std::move(pair));
   bool wasEmpty = false;
   {
     CSyncLock lock(m_sync);

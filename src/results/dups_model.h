@@ -3,7 +3,7 @@
 // from them, kept sorted and grouped while workers report new pairs. In grouped mode a group is a
 // connected component of the match graph; in flat mode every item is a group of its own.
 //
-// Workers touch the pending list only (under m_sync, through the derived LockedAdd); all the rest
+// Workers touch the pending list only (under m_sync, through LockedAdd); all the rest
 // belongs to the main thread. Pairs and rows hold raw pointers to items, whose addresses stay
 // valid as long as they are in m_items.
 //
@@ -51,13 +51,14 @@
 #include "results/sort_key.h"
 #include "results/unique_list.h"
 #include "storage/ignore_list.h"
+#include "storage/pair_sink.h"
 #include "storage/results_journal.h"
 #include "storage/robust_tree.h"
 
 namespace quill {
 
 template <class Traits>
-class CDupsModel {
+class CDupsModel : public CPairSink<typename Traits::Base, Traits::kScores> {
  public:
   using Base = typename Traits::Base;
   static constexpr size_t kScores = Traits::kScores;
@@ -95,11 +96,7 @@ class CDupsModel {
   };
 
   // A pair on its way from a worker to the model.
-  struct InsertData {
-    CRef<const Base> first, second;
-    uint8_t firstGroup = 0, secondGroup = 0;
-    Scores scores{};
-  };
+  using InsertData = FoundPair<Base, kScores>;
 
   using Rows = std::vector<int32_t>;
   using SwapFunction = std::function<bool(const std::string& first, const std::string& second)>;
@@ -118,6 +115,9 @@ class CDupsModel {
   std::function<void()> m_callback;
   // Where each change is written, in the order of the changes; may be null. Not owned.
   CResultsJournal* m_journal = nullptr;
+
+  // CPairSink. Worker threads.
+  bool LockedAdd(InsertData pair) final EXCLUDES(m_sync);
 
   // ---- the table, for views; main thread, like all below
   [[nodiscard]] size_t RowCount() const { return m_viewData.size(); }
@@ -217,7 +217,7 @@ class CDupsModel {
 
   // Reads the mode and the sort state from the settings. `ignores` must outlive the model.
   explicit CDupsModel(CIgnoreList& ignores);
-  ~CDupsModel() = default;
+  ~CDupsModel() override = default;
 
   // The record of the same file under another path; null after a report when memory is short.
   [[nodiscard]] virtual CRef<const Base> WithPath(const Base& base, const std::string& path) = 0;
@@ -225,9 +225,6 @@ class CDupsModel {
   // places.
   virtual void FilesRemoved(const std::vector<std::string>&) {}
   virtual void FilesSwapped(const std::string& /*first*/, const std::string& /*second*/) {}
-
-  // The part of LockedAdd that every table shares. Worker threads.
-  bool Append(InsertData data) EXCLUDES(m_sync);
 
   [[nodiscard]] ItemData* FindItem(std::string_view path) const { return m_items.Find(path); }
   [[nodiscard]] PairData* FindPair(const ItemData* first, const ItemData* second) const {

@@ -31,15 +31,7 @@ FileKey ImageDupsTraits::KeyOf(FieldId column, const ImageInfo& base) {
 
 void ImageDupsTraits::JournalItem(CResultsJournal& journal, const ImageInfo& base,
                                   uint8_t folderGroup) {
-  ImageItemRecord record;
-  record.path = base.path;
-  record.size = base.size;
-  record.width = base.width;
-  record.height = base.height;
-  record.format = base.format;
-  record.bits = base.bits;
-  record.group = folderGroup;
-  journal.AddImageItem(record);
+  journal.AddImageItem({base, folderGroup});
 }
 
 void ImageDupsTraits::JournalPair(CResultsJournal& journal, std::string_view first,
@@ -60,16 +52,9 @@ void ImageDupsTraits::JournalChange(CResultsJournal& journal, const ImageInfo& b
 CImageDupsController::CImageDupsController(const CImageStore& store, CIgnoreList& ignores)
     : CDupsModel(ignores), m_store(store) {}
 
-bool CImageDupsController::LockedAdd(const CRef<const ImageInfo>& first, uint8_t firstGroup,
-                                     const CRef<const ImageInfo>& second, uint8_t secondGroup,
-                                     float content, float experimental) {
-  return Append({first, second, firstGroup, secondGroup, {content, experimental}});
-}
-
 bool CImageDupsController::BulkAdd(const ImageItemRecord& item) {
   if (FindItem(item.path)) return CSystemError::Bool("BulkAdd", 1, false);
-  CRef<const ImageInfo> base =
-      m_store.GetCache(item.path, item.width, item.height, item.format, item.bits, item.size);
+  CRef<const ImageInfo> base = m_store.GetCache(item);
   if (!base || !InsertJournaled(std::move(base), item.group)) {
     return CSystemError::Bool("BulkAdd", 3, false);
   }
@@ -100,7 +85,9 @@ bool CImageDupsController::WriteResults(CResultsJournal& journal) {
 
 CRef<const ImageInfo> CImageDupsController::WithPath(const ImageInfo& base,
                                                      const std::string& path) {
-  return m_store.GetCache(path, base.width, base.height, base.format, base.bits, base.size);
+  ImageFacts facts = base;
+  facts.path = path;
+  return m_store.GetCache(facts);
 }
 
 }  // namespace quill

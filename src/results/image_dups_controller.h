@@ -13,9 +13,8 @@
 
 namespace quill {
 
-struct ImageDupsTraits {
+struct ImageDupsTraits : ImageScores {
   using Base = ImageInfo;
-  enum Score : size_t { kContent, kExperimental, kScores };
   using Scores = std::array<float, kScores>;
   static constexpr const char* kSortKey = "imageDupsSort";
 
@@ -30,17 +29,10 @@ struct ImageDupsTraits {
                             const ImageInfo& now);
 };
 
-class CImageDupsController : public CDupsModel<ImageDupsTraits>,
-                             public CImagePairSink,
-                             public CImageResultsTable {
+class CImageDupsController : public CDupsModel<ImageDupsTraits>, public CImageResultsTable {
  public:
   // Both must outlive the controller.
   CImageDupsController(const CImageStore& store, CIgnoreList& ignores);
-
-  // CImagePairSink. False after a report for a null record.
-  bool LockedAdd(const CRef<const ImageInfo>& first, uint8_t firstGroup,
-                 const CRef<const ImageInfo>& second, uint8_t secondGroup, float content,
-                 float experimental) override;
 
   // CImageResultsTable. A path that is present already is a failure.
   bool BulkAdd(const ImageItemRecord& item) override;

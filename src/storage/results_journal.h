@@ -13,26 +13,18 @@
 #include <string_view>
 #include <type_traits>
 
+#include "storage/file_facts.h"
 #include "storage/file_map.h"
 
 namespace quill {
 
 class CResultsJournal;
 
-struct AudioItemRecord {
-  std::string path, artist, title, album;
-  uint64_t size = 0;  // bytes
-  uint32_t durationMs = 0;
-  uint32_t bitrate = 0;  // bits per second
-  uint16_t format = 0;   // format code
-  uint8_t group = 0;     // folder group
+struct AudioItemRecord : AudioFacts {
+  uint8_t group = 0;  // folder group
 };
 
-struct ImageItemRecord {
-  std::string path;
-  uint64_t size = 0;  // bytes
-  uint32_t width = 0, height = 0;
-  uint8_t format = 0, bits = 0;
+struct ImageItemRecord : ImageFacts {
   uint8_t group = 0;  // folder group
 };
 

@@ -30,14 +30,16 @@ struct ScanStoreLines {
   int32_t fileWithoutInfo, fileNoMemory;  // "PrepareFile"
   int32_t loadWithoutInfo, loadNoMemory;  // "DeserializeCache"
   int32_t state;                          // "SerializeState"
+  int32_t noMemory;                       // "GetCache"
 };
 
 // Traits of an engine:
 //   Entry          fields group, ordinal (32 bits; 0 = not part of the present scan) and info, a
-//                  reference to the description with path, size and modified, which no stored entry
-//                  lacks. Merge(source) takes over each part that `source` has. Drop(asked) lets go
-//                  of all that is not the description and follows from the file's content, as far
-//                  as `asked`, bits of the engine's own, goes; kAllParts is all of it.
+//                  reference to the description, which no stored entry lacks: the Facts that are
+//                  told of the file, with path and size, and its time of modification.
+//                  Merge(source) takes over each part that `source` has. Drop(asked) lets go of all
+//                  that is not the description and follows from the file's content, as far as
+//                  `asked`, bits of the engine's own, goes; kAllParts is all of it.
 //   Gate, GateKey  what a walk can rule out without a look at the entries themselves, and what it
 //                  looks at: gate.Cuts(key), KeyOf(entry).
 //   kType, kLines  type of the cache record, ScanStoreLines.
@@ -78,6 +80,20 @@ class CScanStore : public CCacheClient, public CPendingWorkState {
   // False when the walk is over, with `found` empty.
   [[nodiscard]] bool NextEntries(const Gate& gate, uint32_t end, uint32_t* last,
                                  std::vector<Entry>* found) const;
+  // The whole walk: calls visit(entry) for each, with no lock held, and ends when that says false,
+  // which is then the result.
+  template <class Visit>
+  [[nodiscard]] bool ForEachBefore(const Gate& gate, uint32_t end, Visit visit) const {
+    std::vector<Entry> found;
+    for (uint32_t last = 0; NextEntries(gate, end, &last, &found);) {
+      for (const Entry& entry : found)
+        if (!visit(entry)) return false;
+    }
+    return true;
+  }
+  // The stored description if it tells the same, else a new one with modification time 0, which is
+  // not put into the store. Null after a report when memory is short.
+  [[nodiscard]] CRef<const Info> GetCache(const typename Info::Facts& wanted) const;
   [[nodiscard]] uint32_t EntryCount() const;
   void ClearEntries();
   // Sets group and ordinal of all entries to 0: the engines then see an empty set.
@@ -92,10 +108,6 @@ class CScanStore : public CCacheClient, public CPendingWorkState {
   // CPendingWorkState
   [[nodiscard]] bool SerializeState(CSerializer& serializer) override;
   bool RestoreState(std::string_view path, uint8_t group) override;
-
- protected:
-  // The description of a path, null when it is unknown.
-  [[nodiscard]] CRef<const Info> FindInfo(std::string_view path) const;
 
  private:
   struct Stored : Entry {

@@ -121,11 +121,20 @@ void CScanStore<Traits>::ResetScanState() {
 }
 
 template <class Traits>
-CRef<const typename CScanStore<Traits>::Info> CScanStore<Traits>::FindInfo(
-    std::string_view path) const {
-  CReadLock lock(m_lock);
-  const Stored* entry = m_entries.Find(path);
-  return entry ? entry->info : CRef<const Info>();
+CRef<const typename CScanStore<Traits>::Info> CScanStore<Traits>::GetCache(
+    const typename Info::Facts& wanted) const {
+  using Facts = typename Info::Facts;
+  {
+    CReadLock lock(m_lock);
+    const Stored* entry = m_entries.Find(wanted.path);
+    if (entry && static_cast<const Facts&>(*entry->info) == wanted) return entry->info;
+  }
+  const CRef<Info> made = MakeRef<Info>();
+  if (made)
+    static_cast<Facts&>(*made) = wanted;
+  else
+    CSystemError::Bool("GetCache", Traits::kLines.noMemory, false);
+  return made;
 }
 
 template <class Traits>

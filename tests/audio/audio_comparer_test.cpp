@@ -24,10 +24,10 @@ struct Pair {
 
 class CCollector : public CAudioPairSink {
  public:
-  bool LockedAdd(const CRef<const ItemBase>& first, uint8_t firstGroup,
-                 const CRef<const ItemBase>& second, uint8_t secondGroup, float tags, float content,
-                 float precise) override {
-    m_pairs.push_back({first->path, second->path, firstGroup, secondGroup, tags, content, precise});
+  bool LockedAdd(CAudioPairSink::Found pair) override {
+    const auto& [tags, content, precise] = pair.scores;
+    m_pairs.push_back({pair.first->path, pair.second->path, pair.firstGroup, pair.secondGroup, tags,
+                       content, precise});
     return true;
   }
   std::vector<Pair> m_pairs;

@@ -313,9 +313,9 @@ TEST_F(AudioStore, GetCacheGivesTheStoredRecordOnlyIfAllIsEqual) {
     const auto number = [&](int n, auto value) {
       return static_cast<decltype(value)>(changed == n ? value + 1 : value);
     };
-    return m_store.GetCache(text(0, "/x"), text(1, is.artist), text(2, is.album), text(3, is.title),
-                            number(4, is.durationMs), number(5, is.bitrate), number(6, is.format),
-                            number(7, is.size));
+    return m_store.GetCache({text(0, "/x"), text(1, is.artist), text(2, is.album),
+                             text(3, is.title), number(4, is.durationMs), number(5, is.bitrate),
+                             number(6, is.format), number(7, is.size)});
   };
   EXPECT_EQ(get(-1).Get(), entry.info.Get());
   for (int changed = 0; changed < 8; ++changed) {

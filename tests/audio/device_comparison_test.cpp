@@ -184,9 +184,8 @@ class CEngine : public CAudioPairSink {
       : m_comparer(m_decoder, m_store, m_ignores, m_settings, *this, device) {
     m_settings.Configure(false, false, true, true, true, 1, 1, 0.02F, 0.7F);
   }
-  bool LockedAdd(const CRef<const ItemBase>& first, uint8_t, const CRef<const ItemBase>& second,
-                 uint8_t, float, float, float precise) override {
-    m_pairs.push_back({first->path, second->path, precise});
+  bool LockedAdd(CAudioPairSink::Found pair) override {
+    m_pairs.push_back({pair.first->path, pair.second->path, pair.scores[AudioScores::kPrecise]});
     return true;
   }
   void File(const std::string& path, const CRef<const BarkPrint>& bark, uint8_t group = 0,

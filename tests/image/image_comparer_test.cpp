@@ -27,11 +27,11 @@ struct Pair {
 
 class CCollector : public CImagePairSink {
  public:
-  bool LockedAdd(const CRef<const ImageInfo>& first, uint8_t firstGroup,
-                 const CRef<const ImageInfo>& second, uint8_t secondGroup, float content,
-                 float experimental) override {
+  bool LockedAdd(CImagePairSink::Found pair) override {
     const std::lock_guard lock(m_mutex);
-    m_pairs.push_back({first->path, second->path, firstGroup, secondGroup, content, experimental});
+    const auto& [content, experimental] = pair.scores;
+    m_pairs.push_back({pair.first->path, pair.second->path, pair.firstGroup, pair.secondGroup,
+                       content, experimental});
     return true;
   }
   std::mutex m_mutex;

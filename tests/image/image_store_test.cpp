@@ -189,27 +189,6 @@ TEST_F(ImageStore, FlippedBitsDoNoHarm) {
   EXPECT_GT(kept, 1000U);
 }
 
-TEST_F(ImageStore, GetCacheGivesTheStoredRecordOnlyIfAllIsEqual) {
-  Load("/x", m_full);
-  const CRef<const ImageInfo> is = Find("/x").info;
-  const auto get = [&](int changed) {
-    const auto number = [&](int n, auto value) {
-      return static_cast<decltype(value)>(changed == n ? value + 1 : value);
-    };
-    return m_store.GetCache(changed == 0 ? "/y" : "/x", number(1, is->width), number(2, is->height),
-                            number(3, is->format), number(4, is->bits), number(5, is->size));
-  };
-  EXPECT_EQ(get(-1), is);
-  for (int changed = 0; changed < 6; ++changed) {
-    const CRef<const ImageInfo> made = get(changed);
-    ASSERT_TRUE(made);
-    EXPECT_FALSE(made == is) << changed;
-    EXPECT_EQ(made->modified, 0U);
-  }
-  EXPECT_EQ(get(2)->height, 481U);
-  EXPECT_EQ(m_store.EntryCount(), 1U);
-}
-
 class CNoPool : public CPendingWorkPool {
  public:
   void Shutdown(CSerializer*) override {}

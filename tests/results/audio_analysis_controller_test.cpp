@@ -60,9 +60,9 @@ class AudioAnalysisController : public testing::Test {
   }
   void AddPair(const std::string& a, const std::string& b) {
     const auto base = [&](const std::string& path) {
-      return m_audioStore.GetCache(path, "artist", "album", "title", 1, 2, 3, 4);
+      return m_audioStore.GetCache({path, "artist", "album", "title", 1, 2, 3, 4});
     };
-    m_dups.LockedAdd(base(a), 0, base(b), 0, 1, 1, 1);
+    m_dups.LockedAdd({base(a), base(b), 0, 0, {1, 1, 1}});
     ASSERT_TRUE(m_dups.ProcessNewData());
   }
 

@@ -53,10 +53,10 @@ class AudioDupsController : public testing::Test {
   ~AudioDupsController() override { CConfiguration::Instance().SetStore(nullptr); }
 
   CRef<const ItemBase> Base(const std::string& path, uint32_t durationMs = 0) {
-    return m_store.GetCache(path, "artist", "album", "title", durationMs, 0, wire::kMp3, 0);
+    return m_store.GetCache({path, "artist", "album", "title", durationMs, 0, wire::kMp3, 0});
   }
   void Add(const std::string& a, const std::string& b, float content = 1.0f) {
-    m_model.LockedAdd(Base(a), 1, Base(b), 2, 0.5f, content, -1.0f);
+    m_model.LockedAdd({Base(a), Base(b), 1, 2, {0.5f, content, -1.0f}});
     ASSERT_TRUE(m_model.ProcessNewData());
   }
   static Lines OuterPaths(const CAudioDupsController& model) {
@@ -189,7 +189,7 @@ TEST_F(AudioDupsController, LoadRefusesWhatDoesNotFit) {
   EXPECT_FALSE(m_model.BulkAdd("/b", "/a", 1, 1, 1));
   EXPECT_FALSE(m_model.BulkRemove("/a", "/c"));
   EXPECT_FALSE(m_model.BulkChange("/c", "/d", "", "", ""));
-  EXPECT_FALSE(m_model.LockedAdd(Base("/x"), 0, {}, 0, 1, 1, 1));
+  EXPECT_FALSE(m_model.LockedAdd({Base("/x"), {}, 0, 0, {1, 1, 1}}));
   EXPECT_EQ(m_model.RowCount(), 0u);
   m_model.RebuildRows();
   EXPECT_EQ(OuterPaths(m_model), (Lines{"/a", "/b"}));

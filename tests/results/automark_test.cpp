@@ -27,17 +27,19 @@ class AutomarkTest : public testing::Test {
   };
   void Pair(const Sound& a, const Sound& b, float tags = 1, float content = 1, float precise = 1) {
     const auto base = [&](const Sound& s) {
-      return m_audioStore.GetCache(s.path, s.artist, "", s.title, s.durationMs, s.bitrate, 6,
-                                   s.size);
+      return m_audioStore.GetCache(
+          {s.path, s.artist, "", s.title, s.durationMs, s.bitrate, 6, s.size});
     };
-    m_audio.LockedAdd(base(a), a.group, base(b), b.group, tags, content, precise);
+    m_audio.LockedAdd({base(a), base(b), a.group, b.group, {tags, content, precise}});
     ASSERT_TRUE(m_audio.ProcessNewData());
   }
   void Pair(const std::string& a, uint32_t width, const std::string& b, uint32_t otherWidth,
             float content, float experimental) {
-    m_images.LockedAdd(m_imageStore.GetCache(a, width, 100, 5, 8, 1), 0,
-                       m_imageStore.GetCache(b, otherWidth, 100, 5, 8, 1), 0, content,
-                       experimental);
+    m_images.LockedAdd({m_imageStore.GetCache({a, width, 100, 5, 8, 1}),
+                        m_imageStore.GetCache({b, otherWidth, 100, 5, 8, 1}),
+                        0,
+                        0,
+                        {content, experimental}});
     ASSERT_TRUE(m_images.ProcessNewData());
   }
   void Analyse(const std::string& path, uint32_t sampleRate) {

@@ -54,7 +54,7 @@ class CTestModel final : public CDupsModel<FileTraits> {
     return MakeFile(path, base.size, base.artist);
   }
   bool Add(const CRef<const File>& a, const CRef<const File>& b, const Scores& scores) {
-    return Append({a, b, 1, 2, scores});
+    return LockedAdd({a, b, 1, 2, scores});
   }
   // The table as "item" and "item>partner", group by group.
   std::vector<std::string> Table() const {

@@ -74,11 +74,6 @@ struct AudioKit {
         return "";
     }
   }
-  static bool Same(const ItemBase& a, const ItemBase& b) {
-    return std::tie(a.path, a.artist, a.album, a.title, a.durationMs, a.bitrate, a.format,
-                    a.size) ==
-           std::tie(b.path, b.artist, b.album, b.title, b.durationMs, b.bitrate, b.format, b.size);
-  }
   static std::unique_ptr<CResultsJournal> Journal(CAudioDupsController& controller) {
     return std::make_unique<CResultsJournal>(&controller, nullptr, nullptr);
   }
@@ -123,10 +118,6 @@ struct ImageKit {
         return "";
     }
   }
-  static bool Same(const ImageInfo& a, const ImageInfo& b) {
-    return std::tie(a.path, a.width, a.height, a.format, a.bits, a.size) ==
-           std::tie(b.path, b.width, b.height, b.format, b.bits, b.size);
-  }
   static std::unique_ptr<CResultsJournal> Journal(CImageDupsController& controller) {
     return std::make_unique<CResultsJournal>(nullptr, &controller, nullptr);
   }
@@ -135,7 +126,6 @@ struct ImageKit {
 template <class Kit>
 class CModel final : public Kit::Controller {
  public:
-  using Kit::Controller::Append;
   using Kit::Controller::BulkAddPair;
   using Kit::Controller::BulkRemovePair;
   using Kit::Controller::Controller;
@@ -238,7 +228,7 @@ class CWalk {
       if (known && Pick(50)) continue;
       Scores scores;
       for (float& score : scores) score = kSome[Pick(7)];
-      m_model.Append({a, b, 1, 2, scores});
+      m_model.LockedAdd({a, b, 1, 2, scores});
       if (good) good = m_oracle.Add(a, b, scores);
     }
     ASSERT_EQ(m_model.ProcessNewData(), good);

@@ -24,16 +24,16 @@ class ExportTest : public testing::Test {
   void AddSounds(const std::string& a, const std::string& b, float tags, float content,
                  float precise) {
     const auto base = [&](const std::string& path) {
-      return m_audioStore.GetCache(path, "", "", "", 1, 2, 3, 4);
+      return m_audioStore.GetCache({path, "", "", "", 1, 2, 3, 4});
     };
-    m_audio.LockedAdd(base(a), 0, base(b), 0, tags, content, precise);
+    m_audio.LockedAdd({base(a), base(b), 0, 0, {tags, content, precise}});
     ASSERT_TRUE(m_audio.ProcessNewData());
   }
   void AddPictures(const std::string& a, const std::string& b) {
     const auto base = [&](const std::string& path) {
-      return m_imageStore.GetCache(path, 640, 480, 5, 8, 100);
+      return m_imageStore.GetCache({path, 640, 480, 5, 8, 100});
     };
-    m_images.LockedAdd(base(a), 0, base(b), 0, 0.875F, -1);
+    m_images.LockedAdd({base(a), base(b), 0, 0, {0.875F, -1}});
     ASSERT_TRUE(m_images.ProcessNewData());
   }
   void AddAnalysis(const std::string& path) {

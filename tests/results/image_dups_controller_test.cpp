@@ -62,7 +62,7 @@ TEST_F(ImageDupsController, LoadRefusesWhatDoesNotFit) {
   EXPECT_FALSE(m_model.BulkAdd("/a", "/c", 1, 1));
   EXPECT_FALSE(m_model.BulkChange("/c", "/d"));
   EXPECT_FALSE(m_model.BulkRemove("/a", "/c"));
-  EXPECT_FALSE(m_model.LockedAdd(m_store.GetCache("/x", 1, 1, 1, 1, 1), 0, {}, 0, 1, 1));
+  EXPECT_FALSE(m_model.LockedAdd({m_store.GetCache({"/x", 1, 1, 1, 1, 1}), {}, 0, 0, {1, 1}}));
   m_model.RebuildRows();
   EXPECT_EQ(Rows(m_model), (Lines{"/a", "/b"}));
   EXPECT_EQ(m_model.TableAt(0)->item->base->format, 4);
@@ -94,15 +94,15 @@ TEST_F(ImageDupsController, OneJournalBringsBackBothTables) {
     ASSERT_TRUE(journal.OpenForWriting(path));
     audio.m_journal = images.m_journal = &journal;
     const auto sound = [&](const std::string& name) {
-      return m_audioStore.GetCache(name, "artist", "album", "title", 1, 2, 3, 4);
+      return m_audioStore.GetCache({name, "artist", "album", "title", 1, 2, 3, 4});
     };
     const auto picture = [&](const std::string& name) {
-      return m_store.GetCache(name, 640, 480, 5, 8, 1ull << 33);
+      return m_store.GetCache({name, 640, 480, 5, 8, 1ull << 33});
     };
     // The same paths in both: a record of one table must not reach the other.
     for (const char* other : {"/b.x", "/c.x", "/d.x"}) {
-      audio.LockedAdd(sound("/a.x"), 1, sound(other), 2, 0.25f, 0.5f, 0.75f);
-      images.LockedAdd(picture("/a.x"), 3, picture(other), 4, 0.125f, 0.5f);
+      audio.LockedAdd({sound("/a.x"), sound(other), 1, 2, {0.25f, 0.5f, 0.75f}});
+      images.LockedAdd({picture("/a.x"), picture(other), 3, 4, {0.125f, 0.5f}});
       ASSERT_TRUE(audio.ProcessNewData());
       ASSERT_TRUE(images.ProcessNewData());
     }

@@ -174,7 +174,7 @@ std::vector<Sample> Samples() {
   for (int i = 0; i < 32; ++i) numbers += std::to_string(i) + ",";
   for (int i = 0; i < 32; ++i) numbers += std::to_string(200 + i) + ",";
   return {
-      {[](J& j) { j.AddAudioItem({"/a", "ar", "ti", "al", 1ull << 33, 180000, 320000, 513, 4}); },
+      {[](J& j) { j.AddAudioItem({{"/a", "ar", "al", "ti", 180000, 320000, 513, 1ull << 33}, 4}); },
        CBytes()
            .Type(1)
            .S("/a")
@@ -190,7 +190,7 @@ std::vector<Sample> Samples() {
       {[](J& j) { j.AddAudioPair("/a", "", 0.5f, -1.0f, 0.25f); },
        CBytes().Type(2).S("/a").S("").N(0.5f).N(-1.0f).N(0.25f),
        "audio pair /a  0.500000 -1.000000 0.250000", kAudio},
-      {[](J& j) { j.AddImageItem({"/i", 5, 640, 480, 2, 24, 3}); },
+      {[](J& j) { j.AddImageItem({{"/i", 640, 480, 2, 24, 5}, 3}); },
        CBytes()
            .Type(3)
            .S("/i")

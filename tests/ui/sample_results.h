@@ -68,8 +68,8 @@ class CSampleResults {
 
   void Add(const std::string& first, const std::string& second, float tags = 0.5F,
            float content = 0.9F, float precise = -1) {
-    (void)delegate->AudioDups().LockedAdd(Sound(first), 2, Sound(second), 0, tags, content,
-                                          precise);
+    (void)delegate->AudioDups().LockedAdd(
+        {Sound(first), Sound(second), 2, 0, {tags, content, precise}});
     (void)delegate->AudioDups().ProcessNewData();
   }
   // Group 1 is a, b, c, in which a matches both others; group 2 is d, e.

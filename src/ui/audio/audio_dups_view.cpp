@@ -65,10 +65,7 @@ bool TDXAudioDupsView::IsEnabled(const QAction* action) const {
 
 void TDXAudioDupsView::ActionAutomark() {
   CAudioAutomark automark(m_controller, &Delegate().AudioAnalysis());
-  std::vector<bool> allowed;
-  if (!RunAutomarkWindow(this, automark, &allowed)) return;
-  automark.Mark(allowed);
-  Changed();
+  if (RunAutomarkWindow(this, automark)) Changed();
 }
 
 void TDXAudioDupsView::ActionEdit() {

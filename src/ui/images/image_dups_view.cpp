@@ -71,10 +71,7 @@ void TDXImageDupsView::ReloadView() {
 
 void TDXImageDupsView::ActionAutomark() {
   CImageAutomark automark(m_controller);
-  std::vector<bool> allowed;
-  if (!RunAutomarkWindow(this, automark, &allowed)) return;
-  automark.Mark(allowed);
-  Changed();
+  if (RunAutomarkWindow(this, automark)) Changed();
 }
 
 QList<QPair<QString, QString>> TDXImageDupsView::ExportFormats() const {

@@ -195,11 +195,12 @@ void CAutomarkDialog::SetDefaults() {
 
 }  // namespace
 
-bool RunAutomarkWindow(QWidget* parent, const CAutomark& automark, std::vector<bool>* allowed) {
-  *allowed = automark.Allowed();
-  CAutomarkDialog dialog(parent, automark, *allowed);
+bool RunAutomarkWindow(QWidget* parent, CAutomark& automark) {
+  const std::vector<bool> allowed = automark.Allowed();
+  CAutomarkDialog dialog(parent, automark, allowed);
   if (dialog.exec() != QDialog::Accepted) return false;
   dialog.Save();
+  automark.Mark(allowed);
   return true;
 }
 

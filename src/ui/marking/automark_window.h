@@ -1,8 +1,6 @@
 // The window in which the user arranges the criteria of the automark, its folders and extensions,
-// and the thresholds. It only edits settings. Main thread.
+// and the thresholds. Main thread.
 #pragma once
-
-#include <vector>
 
 class QWidget;
 
@@ -10,9 +8,8 @@ namespace quill {
 
 class CAutomark;
 
-// Runs the window modally. True when the user gave the word to mark: the settings are saved then,
-// and `allowed` tells for each score whether it may take part.
-[[nodiscard]] bool RunAutomarkWindow(QWidget* parent, const CAutomark& automark,
-                                     std::vector<bool>* allowed);
+// Runs the window modally and marks when the user gave the word to; the settings are saved then.
+// True when it has marked.
+bool RunAutomarkWindow(QWidget* parent, CAutomark& automark);
 
 }  // namespace quill

@@ -1,15 +1,13 @@
 #include "ui/preferences/decoders_page.h"
 
-#include <QAction>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QTableView>
-#include <QToolButton>
 
 #include "core/configuration.h"
 #include "ui/preferences/decoder_table_model.h"
-#include "ui/widgets/icons.h"
+#include "ui/widgets/move_buttons.h"
 
 namespace quill {
 namespace {
@@ -42,35 +40,15 @@ CDecodersPage::CDecodersPage()
   m_decodersView->horizontalHeader()->setHighlightSections(false);
   m_decodersView->selectRow(0);
 
-  auto* const buttons = new QVBoxLayout;
-  buttons->setSpacing(2);
-  const auto make = [&](const char* icon, const QString& text, int key, int step) {
-    auto* const action = new QAction(Icon(icon), text, this);
-    action->setShortcut(QKeySequence(Qt::ALT | key));
-    action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    connect(action, &QAction::triggered, this, [this, step] { Move(step); });
-    addAction(action);
-    auto* const button = new QToolButton;
-    button->setDefaultAction(action);
-    button->setFocusPolicy(Qt::TabFocus);
-    buttons->addWidget(button);
-    return action;
-  };
-  m_up = make("go-up", tr("Move up"), Qt::Key_Up, -1);
-  m_down = make("go-down", tr("Move down"), Qt::Key_Down, 1);
-  buttons->addStretch();
-
   auto* const table = new QHBoxLayout;
   table->setSpacing(4);
   table->addWidget(m_decodersView);
-  table->addLayout(buttons);
+  table->addWidget(new CMoveButtons(
+      m_decodersView, m_decodersView->accessibleName(),
+      [this](int step) { m_decoders->Move(m_decodersView->currentIndex().row(), step); }, this));
   auto* const layout = new QVBoxLayout(this);
   layout->addWidget(intro);
   layout->addLayout(table);
-  connect(m_decodersView->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-          &CDecodersPage::UpdateActions);
-  connect(m_decoders, &QAbstractItemModel::rowsMoved, this, &CDecodersPage::UpdateActions);
-  UpdateActions();
 }
 
 void CDecodersPage::ResetDefaults() {
@@ -84,16 +62,6 @@ void CDecodersPage::Store() {
   // A field being edited hands over its text when it loses the focus.
   if (QWidget* const focus = m_decodersView->focusWidget()) focus->clearFocus();
   CConfiguration::Instance().SetList(kSettingKey, CDecoderTable::ToSetting(m_decoders->Rows()));
-}
-
-void CDecodersPage::Move(int step) {
-  m_decoders->Move(m_decodersView->currentIndex().row(), step);
-}
-
-void CDecodersPage::UpdateActions() {
-  const int row = m_decodersView->currentIndex().row();
-  m_up->setEnabled(row > 0);
-  m_down->setEnabled(row >= 0 && row + 1 < m_decoders->rowCount());
 }
 
 }  // namespace quill

@@ -4,7 +4,6 @@
 
 #include "ui/preferences/settings_page.h"
 
-class QAction;
 class QTableView;
 
 namespace quill {
@@ -19,13 +18,8 @@ class CDecodersPage : public CPreferencesPage {
   void Store();
 
  private:
-  void Move(int step);
-  void UpdateActions();
-
   CDecoderTableModel* m_decoders;
   QTableView* m_decodersView;
-  QAction* m_up;
-  QAction* m_down;
 };
 
 }  // namespace quill

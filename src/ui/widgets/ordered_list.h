@@ -6,7 +6,6 @@
 #include <QWidget>
 #include <vector>
 
-class QAction;
 class QListWidget;
 
 namespace quill {
@@ -25,11 +24,8 @@ class COrderedList : public QWidget {
 
  private:
   void Move(int step);
-  void UpdateActions();
 
   QListWidget* m_list;
-  QAction* m_up;
-  QAction* m_down;
 };
 
 }  // namespace quill

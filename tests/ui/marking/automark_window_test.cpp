@@ -25,20 +25,23 @@ class AutomarkWindowTest : public testing::Test {
   AutomarkWindowTest() {
     CConfiguration::Instance().SetStore(&m_settings);
     const auto base = [&](const char* path) {
-      return m_audioStore.GetCache(path, "", "", "", 1000, 128000, 6, 1000);
+      return m_audioStore.GetCache({path, "", "", "", 1000, 128000, 6, 1000});
     };
     // No pair has a precise score.
-    m_audio.LockedAdd(base("/a/One.mp3"), 0, base("/b/One.flac"), 0, 0.5F, 0.75F, -1);
-    m_audio.LockedAdd(base("/c \xFF/Two"), 0, base("/b/One.flac"), 0, 0.5F, 0.75F, -1);
+    m_audio.LockedAdd({base("/a/One.mp3"), base("/b/One.flac"), 0, 0, {0.5F, 0.75F, -1}});
+    m_audio.LockedAdd({base("/c \xFF/Two"), base("/b/One.flac"), 0, 0, {0.5F, 0.75F, -1}});
     EXPECT_TRUE(m_audio.ProcessNewData());
-    m_images.LockedAdd(m_imageStore.GetCache("/a.png", 10, 10, 5, 8, 1), 0,
-                       m_imageStore.GetCache("/b.png", 10, 10, 5, 8, 1), 0, 1, 1);
+    m_images.LockedAdd({m_imageStore.GetCache({"/a.png", 10, 10, 5, 8, 1}),
+                        m_imageStore.GetCache({"/b.png", 10, 10, 5, 8, 1}),
+                        0,
+                        0,
+                        {1, 1}});
     EXPECT_TRUE(m_images.ProcessNewData());
   }
   ~AutomarkWindowTest() override { CConfiguration::Instance().SetStore(nullptr); }
 
   // Lets `act` be the user of the open window, and gives what the window gave.
-  bool Run(const CAutomark& automark, const std::function<void()>& act) {
+  bool Run(CAutomark& automark, const std::function<void()>& act) {
     bool shown = false;
     QTimer::singleShot(0, [&] {
       m_window = QApplication::activeModalWidget();
@@ -46,7 +49,7 @@ class AutomarkWindowTest : public testing::Test {
       shown = m_window != nullptr && QTest::qWaitForWindowActive(m_window);
       if (shown) act();
     });
-    const bool mark = RunAutomarkWindow(nullptr, automark, &m_allowed);
+    const bool mark = RunAutomarkWindow(nullptr, automark);
     EXPECT_TRUE(shown);
     return mark;
   }
@@ -91,7 +94,6 @@ class AutomarkWindowTest : public testing::Test {
   CImageDupsController m_images{m_imageStore, m_ignores};
   CAudioAutomark m_automark{m_audio, nullptr};
   CImageAutomark m_imageAutomark{m_images};
-  std::vector<bool> m_allowed;
   QWidget* m_window = nullptr;
 };
 
@@ -139,7 +141,8 @@ TEST_F(AutomarkWindowTest, AScoreThatNoPairHasIsLeftAlone) {
   }));
   EXPECT_FALSE(m_settings.Get("audioAutomarkEnablePrecise"));
   EXPECT_EQ(CConfiguration::Instance().GetFloat("audioAutomarkValuePrecise", 0), 0.3F);
-  EXPECT_EQ(std::count(m_allowed.begin(), m_allowed.end(), true), 2);
+  const std::vector<bool> allowed = m_automark.Allowed();
+  EXPECT_EQ(std::count(allowed.begin(), allowed.end(), true), 2);
 }
 
 TEST_F(AutomarkWindowTest, EscapeLeavesEverythingAsItWas) {

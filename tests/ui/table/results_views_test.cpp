@@ -202,8 +202,8 @@ TEST_F(ResultsViewsTest, OpeningAFileSelectsNothing) {
 
 TEST_F(ResultsViewsTest, ExportTellsWhyItFailed) {
   m_results.AddTwoGroups();
-  (void)m_results->ImageDups().LockedAdd(test::Picture("/p/a.jpg", 2), 0,
-                                         test::Picture("/p/b.jpg", 2), 0, 0.8F, 0.4F);
+  (void)m_results->ImageDups().LockedAdd(
+      {test::Picture("/p/a.jpg", 2), test::Picture("/p/b.jpg", 2), 0, 0, {0.8F, 0.4F}});
   (void)m_results->ImageDups().ProcessNewData();
   const auto audio = Make<TDXAudioDupsView>();
   const auto image = Make<TDXImageDupsView>();

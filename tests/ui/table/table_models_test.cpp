@@ -139,8 +139,8 @@ TEST(TableModels, FlatOuterRowsHaveNoScore) {
 
 TEST(TableModels, ImagesAndAnalysisTranslateTheirTables) {
   test::CSampleResults results;
-  (void)results->ImageDups().LockedAdd(test::Picture("/p/a.jpg", 2000), 0,
-                                       test::Picture("/p/b.jpg", 0), 0, 0.8F, 0.4F);
+  (void)results->ImageDups().LockedAdd(
+      {test::Picture("/p/a.jpg", 2000), test::Picture("/p/b.jpg", 0), 0, 0, {0.8F, 0.4F}});
   (void)results->ImageDups().ProcessNewData();
   CImageDupsModel images(results->ImageDups());
   const QAbstractItemModelTester imagesTester(&images, kFatal);
