@@ -2,8 +2,6 @@
 
 #include <array>
 
-#include "core/system_error.h"
-
 namespace quill {
 namespace {
 
@@ -48,14 +46,12 @@ const char* FormatName(uint32_t formatId) {
 
 int32_t CAudioDecoder::Open(const std::string& path, uint32_t flags) {
   m_format = {};
-  uint32_t reply = 0;
-  const bool answered = m_link.SendCommand([&] {
-    return m_link.WriteWord(wire::kAudioOpen) && m_link.Write(std::string_view(path)) &&
-           m_link.WriteWord(flags) && m_link.ReadCmd(&reply);
-  });
   uint32_t status = 0;
-  if (!answered || reply != wire::kAudioOpen || !m_link.ReadWord(&status))
-    return LinkFailed("Open", 58);
+  const bool answered = m_link.SendCommand([&] {
+    return m_link.WriteCmd(wire::kAudioOpen) && m_link.Write(std::string_view(path)) &&
+           m_link.WriteWord(flags) && m_link.ReadReply(wire::kAudioOpen, &status);
+  });
+  if (!answered) return LinkFailed("Open", 58);
   if (status != 0) return static_cast<int32_t>(status);
   AudioFormat format;
   if (!m_link.Read(&format, sizeof format)) return LinkFailed("Open", 71);
@@ -95,10 +91,7 @@ int32_t CAudioDecoder::GetData(const uint8_t** block, uint32_t* size) {
   uint32_t count = 0;
   if (!m_link.ReadWord(&count)) return LinkFailed("GetData", 142);
   if (count == 0) return kDecodeOk;
-  if (!m_link.Map() || count > m_link.MapSize()) {
-    CSystemError::Plain("Mapping", 147);
-    return BadArgument("GetData", 149);
-  }
+  if (!m_link.Map() || count > m_link.MapSize()) return NotInMapping(m_link, 147, 149);
   *block = m_link.Map();
   *size = count;
   return kDecodeOk;

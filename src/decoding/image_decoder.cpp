@@ -1,20 +1,17 @@
 #include "decoding/image_decoder.h"
 
-#include "core/system_error.h"
 #include "decoding/client_reply.h"
 
 namespace quill {
 
 int32_t CImageDecoder::Open(const std::string& path, uint32_t flags) {
   if (path.empty()) return BadArgument("Open", 31);
-  uint32_t reply = 0;
-  const bool answered = m_link.SendCommand([&] {
-    return m_link.WriteWord(wire::kImageOpen) && m_link.Write(std::string_view(path)) &&
-           m_link.WriteWord(flags) && m_link.ReadCmd(&reply);
-  });
   uint32_t status = 0;
-  if (!answered || reply != wire::kImageOpen || !m_link.ReadWord(&status))
-    return LinkFailed("Open", 47);
+  const bool answered = m_link.SendCommand([&] {
+    return m_link.WriteCmd(wire::kImageOpen) && m_link.Write(std::string_view(path)) &&
+           m_link.WriteWord(flags) && m_link.ReadReply(wire::kImageOpen, &status);
+  });
+  if (!answered) return LinkFailed("Open", 47);
   return static_cast<int32_t>(status);
 }
 
@@ -45,10 +42,8 @@ int32_t CImageDecoder::GetData(const uint8_t** pixels, wire::ImageData* data) {
   // A row that runs over into the next would end behind the mapping in the last one.
   const uint64_t rowBytes = uint64_t{read.width} * static_cast<uint64_t>(ChannelCount(read));
   if (!m_link.Map() || m_link.MapSize() < uint64_t{read.height} * read.rowStep ||
-      rowBytes > read.rowStep) {
-    CSystemError::Plain("Mapping", 115);
-    return BadArgument("GetData", 117);
-  }
+      rowBytes > read.rowStep)
+    return NotInMapping(m_link, 115, 117);
   *pixels = m_link.Map();
   *data = read;
   return kDecodeOk;

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/vfs.h>
 #include <sys/wait.h>
@@ -11,9 +12,11 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -27,6 +30,8 @@ namespace {
 
 constexpr uint64_t kSharedMemoryRoom = uint64_t{256} << 20;  // bytes
 constexpr int kNamesTried = 100;
+constexpr const char* kHangs = "Decoder process is hang up";
+constexpr const char* kOutOfStep = "Decoder process answers out of step";
 
 std::atomic<uint32_t> g_temporaryName{0};
 
@@ -129,6 +134,7 @@ CProcessLink::CProcessLink(CDecoderTable& table, std::string program, int32_t ha
 
 bool CProcessLink::Reinit() {
   if (m_cmpId != m_table.Generation()) Release();
+  if (IsOpen() && HasStrayBytes()) Reject(kOutOfStep);
   if (IsOpen()) return true;
   m_shutdown = false;
   m_cmpId = m_table.Generation();
@@ -176,7 +182,8 @@ bool CProcessLink::Handshake() {
   return WriteWord(wire::kHandshake) && WriteWord(wire::kHandshakeFirst) &&
          WriteWord(wire::kHandshakeSecond) && WriteWord(static_cast<uint32_t>(rows.size())) &&
          Write(rows.data(), rows.size() * sizeof(wire::DecoderRow)) && ReadWord(&reply) &&
-         ReadWord(&status) && reply == wire::kHandshake && status == 0;
+         ReadStatus(wire::kHandshake, reply, &status) &&
+         (status == 0 || Reject("Decoder process refuses the handshake"));
 }
 
 bool CProcessLink::Write(const void* buffer, size_t length) {
@@ -230,9 +237,7 @@ bool CProcessLink::LoseChild() {
 bool CProcessLink::WaitFor(int32_t descriptor, int16_t events) {
   pollfd waiting{.fd = descriptor, .events = events, .revents = 0};
   if (poll(&waiting, 1, m_hangMs) != 0) return true;
-  LogMessage("Decoder process is hang up");
-  Release();
-  return false;
+  return Reject(kHangs);
 }
 
 bool CProcessLink::Write(std::string_view text) {
@@ -251,6 +256,31 @@ bool CProcessLink::Read(std::string* text) {
   text->resize(length);
   if (!Read(text->data(), length)) return CSystemError::Bool("Read", 331, false);
   return true;
+}
+
+bool CProcessLink::HasStrayBytes() const {
+  int waiting = 0;
+  return ioctl(m_pipeRead, FIONREAD, &waiting) == 0 && waiting > 0;
+}
+
+bool CProcessLink::Reject(const char* reason) {
+  LogMessage(reason);
+  Release();
+  return false;
+}
+
+bool CProcessLink::WriteCmd(uint32_t command) {
+  if (IsOpen() && HasStrayBytes()) return Reject(kOutOfStep);
+  return WriteWord(command);
+}
+
+bool CProcessLink::ReadStatus(uint32_t command, uint32_t word, uint32_t* status) {
+  return word == command ? ReadWord(status) : Reject(kOutOfStep);
+}
+
+bool CProcessLink::ReadReply(uint32_t command, uint32_t* status) {
+  uint32_t word = 0;
+  return ReadCmd(&word) && ReadStatus(command, word, status);
 }
 
 bool CProcessLink::ReadCmd(uint32_t* word) {
@@ -303,8 +333,8 @@ bool CProcessLink::PurgeMapping() {
   if (m_mapSize <= wire::kSmallMapping) return true;
   uint32_t reply = 0;
   uint32_t status = 0;
-  if (!WriteWord(wire::kPurge) || !ReadWord(&reply) || !ReadWord(&status) ||
-      reply != wire::kPurge || status != 0) {
+  if (!WriteCmd(wire::kPurge) || !ReadWord(&reply) || !ReadStatus(wire::kPurge, reply, &status) ||
+      status != 0) {
     return CSystemError::Bool("PurgeMapping", 402, false);
   }
   Unmap();
@@ -317,10 +347,16 @@ void CProcessLink::ReapProcess() {
   Close(&m_pipeRead);
   Close(&m_pipeWrite);
   int status = 0;
-  pid_t ended = -1;
-  do {
-    ended = waitpid(m_pid, &status, 0);
-  } while (ended == -1 && errno == EINTR);
+  pid_t ended = 0;
+  for (int32_t waitedMs = 0; waitedMs < m_hangMs; ++waitedMs) {
+    ended = waitpid(m_pid, &status, WNOHANG);
+    if (ended != 0) break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  if (ended == 0) {
+    Reject(kHangs);
+    return;
+  }
 
   const bool known = ended == m_pid;
   if (known && WIFEXITED(status) && WEXITSTATUS(status) == wire::kExitOrderly) {

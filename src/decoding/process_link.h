@@ -5,11 +5,16 @@
 // mapping) and notices hangs and crashes. Bulk data never go through the pipes.
 //
 // A link owns at most one child and is used by one thread at a time: its owner. Commands are
-// strictly request, then reply. A client does: Reinit, Write…, ReadCmd, Read…; SendCommand is the
-// first three with the one retry that an orderly end of the child asks for.
+// strictly request, then reply. A client does: Reinit, WriteCmd, Write…, ReadReply, Read…;
+// SendCommand is all but the last with the one retry that an orderly end of the child asks for.
 // Failures give false after a report; nothing throws. The process must ignore SIGPIPE.
-// A stuck child is never signalled: the link lets go of it, and it leaves when it next touches a
-// pipe.
+//
+// Messages have no length and no number, so a child that has once said too much, too little or
+// something else would answer every later request with the reply to an earlier one. Whatever shows
+// that (another command's id, bytes that nobody asked for, data that the mapping does not hold)
+// costs the child: one line in the log, and the next Reinit starts another.
+// A stuck or lying child is never signalled: the link lets go of it, and it leaves when it next
+// touches a pipe.
 #pragma once
 
 #include <sys/types.h>
@@ -48,10 +53,15 @@ class CProcessLink {
   [[nodiscard]] bool Read(void* buffer, size_t length);
   [[nodiscard]] bool Read(std::string* text);
   [[nodiscard]] bool ReadWord(uint32_t* word) { return Read(word, sizeof *word); }
+  // The id of a command, whose arguments follow with Write. Only for the start of one: the child
+  // must have said nothing since its last reply.
+  [[nodiscard]] bool WriteCmd(uint32_t command);
   // The next command word that is no request of the child's own; those are served on the way.
   [[nodiscard]] bool ReadCmd(uint32_t* word);
-  // Reinit, then `send`, a callable that writes one whole command, reads the first word of its
-  // reply with ReadCmd and tells success. Both once more if the child left in the orderly way.
+  // The head of the reply to `command`: its id again, and the status. False costs the child.
+  [[nodiscard]] bool ReadReply(uint32_t command, uint32_t* status);
+  // Reinit, then `send`, a callable that writes one whole command, reads the head of its reply and
+  // tells success. Both once more if the child left in the orderly way.
   template <class Send>
   [[nodiscard]] bool SendCommand(const Send& send) {
     return (Reinit() && send()) || (m_shutdown && Reinit() && send());
@@ -60,6 +70,8 @@ class CProcessLink {
   [[nodiscard]] bool PurgeMapping();
   // Lets go of the child and of the mapping. Safe when idle.
   void Release();
+  // Release of a child whose word is no good, with the reason as one line in the log. Always false.
+  bool Reject(const char* reason);
 
   // One line of the log with the link's context behind it. Null is ignored.
   void LogMessage(const char* text);
@@ -79,8 +91,13 @@ class CProcessLink {
   [[nodiscard]] bool WaitFor(int32_t descriptor, int16_t events);
   // After a broken pipe. Always false.
   bool LoseChild();
-  // Waits for the child's end and logs what it was; an orderly end sets m_shutdown instead.
+  // Waits for the child's end, no longer than for its words, and logs what it was; an orderly end
+  // sets m_shutdown instead.
   void ReapProcess();
+  // True when there are bytes to read where none may be: before a command.
+  [[nodiscard]] bool HasStrayBytes() const;
+  // The rest of a reply's head of which `word` has been read.
+  [[nodiscard]] bool ReadStatus(uint32_t command, uint32_t word, uint32_t* status);
   // Leaves a mapping of size 0 when there is no room.
   void Resize(uint32_t wanted);
   void Unmap();

@@ -10,14 +10,12 @@ namespace quill {
 int32_t CTagAccess::GetProperties(const std::string& path, uint32_t flags, std::string* title,
                                   std::string* artist, std::string* album, std::string* genre,
                                   std::string* comment, uint32_t* year, uint32_t* track) {
-  uint32_t reply = 0;
-  const bool answered = m_link.SendCommand([&] {
-    return m_link.WriteWord(wire::kTagsRead) && m_link.Write(std::string_view(path)) &&
-           m_link.WriteWord(flags) && m_link.ReadCmd(&reply);
-  });
   uint32_t status = 0;
-  if (!answered || reply != wire::kTagsRead || !m_link.ReadWord(&status))
-    return LinkFailed("GetProperties", 1);
+  const bool answered = m_link.SendCommand([&] {
+    return m_link.WriteCmd(wire::kTagsRead) && m_link.Write(std::string_view(path)) &&
+           m_link.WriteWord(flags) && m_link.ReadReply(wire::kTagsRead, &status);
+  });
+  if (!answered) return LinkFailed("GetProperties", 1);
   if (status != 0) return static_cast<int32_t>(status);
   std::array<std::string, 5> texts;
   std::array<uint32_t, 2> numbers{};
@@ -47,18 +45,16 @@ int32_t CTagAccess::SetProperties(const std::string& path, uint32_t flags, const
     if (numbers[i]) mask |= wire::kTagNumbers[i];
   if (mask == 0) return kDecodeOk;
 
-  uint32_t reply = 0;
+  uint32_t status = 0;
   const bool answered = m_link.SendCommand([&] {
-    bool sent = m_link.WriteWord(wire::kTagsWrite) && m_link.Write(std::string_view(path)) &&
+    bool sent = m_link.WriteCmd(wire::kTagsWrite) && m_link.Write(std::string_view(path)) &&
                 m_link.WriteWord(flags) && m_link.WriteWord(mask);
     for (const std::string* text : texts)
       sent = sent && (!text || m_link.Write(std::string_view(*text)));
     for (const uint32_t* number : numbers) sent = sent && (!number || m_link.WriteWord(*number));
-    return sent && m_link.ReadCmd(&reply);
+    return sent && m_link.ReadReply(wire::kTagsWrite, &status);
   });
-  uint32_t status = 0;
-  if (!answered || reply != wire::kTagsWrite || !m_link.ReadWord(&status))
-    return LinkFailed("SetProperties", 1);
+  if (!answered) return LinkFailed("SetProperties", 1);
   return static_cast<int32_t>(status);
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 
 #include "decoding/channel_splitter.h"
 #include "decoding/link_test.h"
@@ -73,29 +74,45 @@ TEST_F(AudioDecoderTest, StatusOfTheDecoderIsPassedOnWithoutAReport) {
   EXPECT_EQ(Reports(), "");
 }
 
-TEST_F(AudioDecoderTest, WrongIdIsALinkFailureThatKeepsTheLink) {
+// After an answer to something else no later one could be trusted.
+TEST_F(AudioDecoderTest, WrongIdIsALinkFailureThatCostsTheChild) {
+  wire::AudioInfo info;
+  const struct {
+    const char* command;
+    std::function<int32_t()> ask;
+  } kCases[] = {{"info", [&] { return m_client.GetInfo(&info); }},
+                {"data", [&] { return NextBlock(); }},
+                {"close", [&] { return m_client.Close(); }}};
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.command);
+    ASSERT_EQ(m_client.Open(Opened({std::string(each.command) + " id 2"}), 0), 0);
+    EXPECT_EQ(each.ask(), kDecodeLinkFailed);
+    EXPECT_FALSE(m_link.IsOpen());
+    EXPECT_EQ(Messages(), test::Lines{"Decoder process answers out of step"});
+  }
   EXPECT_EQ(m_client.Open(Script({"open id 6", "open status 1"}), 0), kDecodeLinkFailed);
-  EXPECT_TRUE(m_link.IsOpen());
-  m_link.Release();
+  EXPECT_FALSE(m_link.IsOpen());
   EXPECT_EQ(Reports(), "Open ");
-
-  ASSERT_EQ(m_client.Open(Opened({"data id 4", "data status 1"}), 0), 0);
-  EXPECT_EQ(NextBlock(), kDecodeLinkFailed);
-  EXPECT_TRUE(m_link.IsOpen());
-  EXPECT_EQ(Reports(), "GetData ");
+  EXPECT_EQ(m_client.Open(Opened({}), 0), 0);
 }
 
 TEST_F(AudioDecoderTest, BlockMustLieInTheMapping) {
-  ASSERT_EQ(m_client.Open(
-                Opened({"data reply 1", "data resize 100", "data reply 101", "data reply 100"}), 0),
-            0);
-  for (int i = 0; i < 2; ++i) {
+  for (const test::Lines& lies : {test::Lines{"data reply 1"},
+                                  {"data resize 100", "data reply 101"},
+                                  {"data resize 100", "data reply 4294967295"}}) {
+    ASSERT_EQ(m_client.Open(Opened(lies), 0), 0);
+    static_cast<void>(TakeLog());
     m_size = 1;
     EXPECT_EQ(NextBlock(), kDecodeBadArgument);
     EXPECT_EQ(m_block, nullptr);
     EXPECT_EQ(m_size, 0U);
-    EXPECT_EQ(Reports(), "Mapping GetData ");
+    EXPECT_FALSE(m_link.IsOpen());
+    const auto logged = TakeLog();
+    EXPECT_EQ(logged.reports, "Mapping GetData ");
+    ASSERT_FALSE(logged.messages.empty());
+    EXPECT_EQ(logged.messages.back(), "Decoder process gave less data than it tells");
   }
+  ASSERT_EQ(m_client.Open(Opened({"data resize 100", "data reply 100"}), 0), 0);
   EXPECT_EQ(NextBlock(), 0);
   EXPECT_EQ(m_size, 100U);
 }

@@ -67,14 +67,16 @@ TEST_F(ImageDecoderTest, PixelsMustLieInTheMapping) {
                             "10 65536 65536 0",            // a product beyond 32 bits
                             "1431655766 1 2 0",            // the same of a row
                             "4294967295 4294967295 0 0"};  // rows of no bytes
-  test::Lines lines = {"image-data reply " + kBad[0], "image-data resize 3000"};
-  for (size_t i = 1; i < kBad.size(); ++i) lines.push_back("image-data reply " + kBad[i]);
-  ASSERT_EQ(Open(lines), 0);
   for (const std::string& bad : kBad) {
-    EXPECT_EQ(GetData(), kDecodeBadArgument) << bad;
+    SCOPED_TRACE(bad);
+    test::Lines lines = {"image-data resize 3000", "image-data reply " + bad};
+    if (bad == kBad[0]) lines.erase(lines.begin());
+    ASSERT_EQ(Open(lines), 0);
+    EXPECT_EQ(GetData(), kDecodeBadArgument);
     EXPECT_EQ(m_pixels, nullptr);
     EXPECT_EQ(m_data.width, 0U);
     EXPECT_EQ(Reports(), "Mapping GetData ");
+    EXPECT_FALSE(m_link.IsOpen());
   }
 }
 
@@ -92,7 +94,10 @@ TEST_F(ImageDecoderTest, LinkFailures) {
   EXPECT_FALSE(m_link.IsOpen());
   ASSERT_EQ(Open({"image-data id 5", "image-data status 0"}), 0);  // a new child
   EXPECT_EQ(GetData(), kDecodeLinkFailed);
-  m_link.Release();
+  EXPECT_FALSE(m_link.IsOpen());
+  EXPECT_EQ(m_client.Open(Script({"image-open id 2", "image-open status 0"}), 0),
+            kDecodeLinkFailed);
+  EXPECT_FALSE(m_link.IsOpen());
   // The orderly end is no failure: the open goes to the successor.
   EXPECT_EQ(Open({"image-open once " + (m_folder / "left") + " exit 10"}), 0);
 }

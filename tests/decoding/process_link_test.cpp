@@ -27,6 +27,7 @@ using test::LinkTest;
 constexpr const char* kCrashed = "Decoder process is crashed";
 constexpr const char* kShutdown = "Decoder process is forcifully shutdown";
 constexpr const char* kHang = "Decoder process is hang up";
+constexpr const char* kOutOfStep = "Decoder process answers out of step";
 
 size_t OpenDescriptors() {
   const std::filesystem::directory_iterator folder("/proc/self/fd");
@@ -119,15 +120,22 @@ TEST_F(ProcessLinkTest, TableChangeReplacesTheChildAtTheNextOpenOnly) {
   EXPECT_EQ(idle.ChildId(), firstIdle);
 }
 
-TEST_F(ProcessLinkTest, BadHandshakeFailsAndLeavesTheChild) {
-  for (const char* answer : {"handshake status 7", "handshake id 2"}) {
-    ChangeTable(answer);
-    EXPECT_FALSE(m_link.Reinit()) << answer;
-    EXPECT_TRUE(m_link.IsOpen());
-    EXPECT_EQ(Reports(), "Reinit ");
-    const pid_t child = m_link.ChildId();
-    EXPECT_TRUE(m_link.Reinit());
-    EXPECT_EQ(m_link.ChildId(), child);
+TEST_F(ProcessLinkTest, BadHandshakeFailsAndCostsTheChild) {
+  const struct {
+    const char* verb;
+    const char* message;
+  } kCases[] = {{"handshake status 7", "Decoder process refuses the handshake"},
+                {"handshake id 2", kOutOfStep}};
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.verb);
+    ChangeTable(each.verb);
+    for (int i = 0; i < 2; ++i) {  // no child without the table is taken for a live one
+      EXPECT_FALSE(m_link.Reinit());
+      EXPECT_FALSE(m_link.IsOpen());
+      const auto logged = TakeLog();
+      EXPECT_EQ(logged.messages, Lines{each.message});
+      EXPECT_EQ(logged.reports, "Reinit ");
+    }
   }
   ChangeTable("handshake exit 11");
   EXPECT_FALSE(m_link.Reinit());
@@ -170,6 +178,51 @@ TEST_F(ProcessLinkTest, DeathWithACoreFileIsACrash) {
   ASSERT_TRUE(WIFSIGNALED(status));
   EXPECT_EQ(Open(m_link, Script({"open core " + m_folder.Path()})), kDecodeLinkFailed);
   EXPECT_EQ(Messages(), Lines{WCOREDUMP(status) ? kCrashed : kShutdown});
+}
+
+// Whatever a child says too much, too little, too late or instead: no later request gets an answer
+// that was meant for another.
+TEST_F(ProcessLinkTest, ChildOutOfStepIsReplaced) {
+  const struct {
+    const char* lie;  // of the first data command, which has the answer 1001
+    int32_t first;    // what the first two commands give
+    int32_t second;
+    const char* message;
+  } kCases[] = {
+      {"id 4", kDecodeLinkFailed, kDecodeBadArgument, kOutOfStep},
+      {"id 0", kDecodeLinkFailed, kDecodeBadArgument, kOutOfStep},
+      {"twice", 1001, kDecodeLinkFailed, kOutOfStep},
+      {"extra 1", 1001, kDecodeLinkFailed, kOutOfStep},
+      {"extra 4096", 1001, kDecodeLinkFailed, kOutOfStep},
+      {"short 7", kDecodeLinkFailed, kDecodeBadArgument, kHang},
+      {"late 2500", kDecodeLinkFailed, kDecodeBadArgument, kHang},
+  };
+  CProcessLink link(m_table, FAKE_DECODER, 1000);
+  CAudioDecoder client(link);
+  const uint8_t* block = nullptr;
+  uint32_t size = 0;
+  const std::string honest = Opened({"data status 2001"});
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.lie);
+    const std::string lying = Opened(
+        {std::string("data ") + each.lie, "data status 1001", "data status 1002", "data status 3"});
+    ASSERT_EQ(client.Open(lying, 0), 0);
+    const pid_t child = link.ChildId();
+    EXPECT_EQ(client.GetData(&block, &size), each.first);
+    EXPECT_EQ(client.GetData(&block, &size), each.second);
+    ASSERT_FALSE(link.IsOpen());
+    EXPECT_EQ(Messages(), Lines{each.message});
+    AwaitEnd(child);
+    ASSERT_EQ(client.Open(honest, 0), 0);
+    EXPECT_EQ(client.GetData(&block, &size), 2001);
+    if (each.first == kDecodeLinkFailed) continue;
+    // An open that finds the lie goes to another child at once.
+    ASSERT_EQ(client.Open(lying, 0), 0);
+    EXPECT_EQ(client.GetData(&block, &size), each.first);
+    ASSERT_EQ(client.Open(honest, 0), 0);
+    EXPECT_EQ(client.GetData(&block, &size), 2001);
+    EXPECT_EQ(Messages(), Lines{each.message});
+  }
 }
 
 TEST_F(ProcessLinkTest, DeathAtAnyByteOfAReplyIsFound) {
@@ -224,6 +277,17 @@ TEST_F(ProcessLinkTest, HangCutsTheChildOffAndNobodyStaysAZombie) {
     EXPECT_EQ(waitpid(child, nullptr, WNOHANG), -1);
     EXPECT_EQ(errno, ECHILD);
   }
+}
+
+// Its words end, but it does not: its end is not waited for any longer than a word.
+TEST_F(ProcessLinkTest, ChildThatOnlyClosesItsPipesHangs) {
+  CProcessLink link(m_table, FAKE_DECODER, 1000);
+  ASSERT_TRUE(link.Reinit());
+  const pid_t child = link.ChildId();
+  EXPECT_EQ(Open(link, Script({"open linger 4000"})), kDecodeLinkFailed);
+  EXPECT_EQ(waitpid(child, nullptr, WNOHANG), 0) << "still alive";
+  EXPECT_EQ(Messages(), Lines{kHang});
+  EXPECT_EQ(Open(link, Opened({})), 0);
 }
 
 TEST_F(ProcessLinkTest, TrickleIsNoHang) {
@@ -311,6 +375,7 @@ TEST_F(ProcessLinkTest, OnlyALargeMappingIsGivenBackAtClose) {
   for (const char* refusal : {"purge status 3", "purge id 9"}) {
     ASSERT_EQ(client.Open(Opened({"open resize 1048577", refusal}), 0), 0);
     EXPECT_EQ(client.Close(), kDecodeLinkFailed);
+    EXPECT_EQ(m_link.IsOpen(), std::string_view(refusal) == "purge status 3");
   }
   EXPECT_EQ(Reports(), "PurgeMapping Close PurgeMapping Close ");
   ASSERT_EQ(client.Open(Opened({"open resize 1048577", "close status 8"}), 0), 0);

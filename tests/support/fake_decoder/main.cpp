@@ -1,14 +1,20 @@
 // A decoder that does what the file it opens tells it, right or wrong. The "audio file" or "image"
 // is a script of lines `COMMAND VERB ARGUMENTS…`, where COMMAND is open, close, info, data,
-// image-open, image-close, image-info, image-data or purge. Each command that arrives runs the next
-// lines of its name up to one that answers (or ends the process):
+// image-open, image-close, image-info, image-data, purge, tags-read or tags-write. Each command
+// that arrives runs the next lines of its name up to one that answers (or ends the process):
 //
-//   reply ITEM…       answers with status 0 and the items: a number is a word, @TEXT a block of 512
+//   reply ITEM…       answers with status 0 and the items: a number is a word, @TEXT a block of
+//                     512, =TEXT a string
 //   status N          answers with status N
 //   block PATH A N    puts N bytes at offset A of a file in the mapping and answers with the count,
 //                     asking for a larger mapping first if need be
 //   fill PATH N       puts the first N bytes of a file in the mapping, with no answer
 //   id N              the next answer repeats N instead of the command's id
+//   twice             the next answer goes out twice
+//   extra N           N zero bytes follow the next answer
+//   short N           of the next answer only N bytes go out
+//   late MS           the next answer waits so long
+//   linger MS         closes both pipes, and ends so much later
 //   trickle MS        the next answer goes byte by byte, with so long a pause before each
 //   cut N             of the next answer only N bytes go out, then the process ends with 11
 //   log TEXT          sends log text; "logsize N" sends N bytes of it
@@ -20,9 +26,9 @@
 //   once FILE VERB…   runs the verb unless FILE exists, which it makes
 //   core FOLDER       aborts there, with leave to write a core file
 //
-// With no line left, close and purge succeed, an open answers 404, the others 99. A handshake whose
-// first row has the extensions "handshake VERB…" runs that verb.
-// Started as `core FOLDER` it aborts at once, to show what becomes of a core file on this machine.
+// With no line left, close and purge succeed, a command with a path answers 404, the others 99. A
+// handshake whose first row has the extensions "handshake VERB…" runs that verb. Started as `core
+// FOLDER` it aborts at once, to show what becomes of a core file on this machine.
 #include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -30,7 +36,9 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
@@ -82,7 +90,8 @@ class CFakeDecoder {
       }
       const auto* const name = NameOf(command);
       if (!name) _exit(70);
-      if (command == wire::kAudioOpen || command == wire::kImageOpen) TakeOpen();
+      if (TakesPath(command)) TakeOpen();
+      if (command == wire::kTagsWrite) TakeTags();
       if (command == wire::kPurge) Unmap();
       Obey(command, name);
     }
@@ -92,10 +101,14 @@ class CFakeDecoder {
   using Line = std::pair<std::string, std::string>;  // command, verb with its arguments
 
   static const char* NameOf(uint32_t command) {
-    constexpr std::array<const char*, 11> kNames = {
-        nullptr,      nullptr,       "open",       "close",      "info", "data",
-        "image-open", "image-close", "image-info", "image-data", "purge"};
+    constexpr std::array<const char*, 13> kNames = {
+        nullptr,       nullptr,      "open",       "close", "info",      "data",      "image-open",
+        "image-close", "image-info", "image-data", "purge", "tags-read", "tags-write"};
     return command < kNames.size() ? kNames[command] : nullptr;
+  }
+  static bool TakesPath(uint32_t command) {
+    return command == wire::kAudioOpen || command == wire::kImageOpen ||
+           command == wire::kTagsRead || command == wire::kTagsWrite;
   }
 
   void TakeHandshake() {
@@ -129,6 +142,19 @@ class CFakeDecoder {
     }
   }
 
+  void TakeTags() {
+    const uint32_t mask = GetWord();
+    for (const uint32_t field : wire::kTagTexts) {
+      if ((mask & field) == 0) continue;
+      uint16_t length = 0;
+      Get(&length, sizeof length);
+      std::string text(length, '\0');
+      Get(text.data(), length);
+    }
+    for (const uint32_t field : wire::kTagNumbers)
+      if ((mask & field) != 0) GetWord();
+  }
+
   void Obey(uint32_t command, const std::string& name) {
     m_replyId = command;
     for (auto line = m_script.begin(); line != m_script.end();) {
@@ -143,7 +169,7 @@ class CFakeDecoder {
     if (command == wire::kAudioClose || command == wire::kImageClose || command == wire::kPurge)
       Answer(0, {});
     else
-      Answer(command == wire::kAudioOpen || command == wire::kImageOpen ? 404 : 99, {});
+      Answer(TakesPath(command) ? 404 : 99, {});
   }
 
   // True when the command has been answered.
@@ -157,6 +183,9 @@ class CFakeDecoder {
         if (item[0] == '@') {
           items += item.substr(1);
           items.resize(items.size() + 512 - (item.size() - 1), '\0');
+        } else if (item[0] == '=') {
+          const auto length = static_cast<uint16_t>(item.size() - 1);
+          items.append(reinterpret_cast<const char*>(&length), sizeof length) += item.substr(1);
         } else {
           AppendWord(&items, static_cast<uint32_t>(std::stoul(item)));
         }
@@ -178,6 +207,11 @@ class CFakeDecoder {
       Fill(path, 0, Number(in));
     }
     if (verb == "id") m_replyId = Number(in);
+    if (verb == "twice") m_twice = true;
+    if (verb == "extra") m_extra = Number(in);
+    if (verb == "short") m_short = Number(in);
+    if (verb == "late") m_lateMs = Number(in);
+    if (verb == "linger") Linger(Number(in));
     if (verb == "trickle") m_trickleMs = Number(in);
     if (verb == "cut") m_cut = static_cast<int64_t>(Number(in));
     if (verb == "log") SendLog(text.substr(4));
@@ -227,6 +261,10 @@ class CFakeDecoder {
     AppendWord(&reply, m_replyId);
     AppendWord(&reply, status);
     reply += items;
+    if (std::exchange(m_twice, false)) reply += reply;
+    reply.append(std::exchange(m_extra, 0), '\0');
+    reply.resize(std::min(reply.size(), std::exchange(m_short, SIZE_MAX)));
+    std::this_thread::sleep_for(std::chrono::milliseconds(std::exchange(m_lateMs, 0)));
     if (m_cut >= 0) {
       Put(reply.data(), static_cast<size_t>(m_cut));
       _exit(wire::kExitCrashed);
@@ -313,6 +351,13 @@ class CFakeDecoder {
     _exit(0);
   }
 
+  [[noreturn]] void Linger(uint32_t ms) const {
+    close(m_in);
+    close(m_out);
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+    _exit(0);
+  }
+
   uint32_t GetWord() {
     uint32_t word = 0;
     Get(&word, sizeof word);
@@ -349,6 +394,10 @@ class CFakeDecoder {
   std::list<Line> m_script;
   uint32_t m_flags = 0;
   uint32_t m_replyId = 0;
+  bool m_twice = false;
+  uint32_t m_extra = 0;
+  size_t m_short = SIZE_MAX;
+  uint32_t m_lateMs = 0;
   uint32_t m_trickleMs = 0;
   int64_t m_cut = -1;
   char* m_map = nullptr;
