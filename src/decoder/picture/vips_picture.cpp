@@ -96,9 +96,14 @@ Image ToBytes(const Image& image) {
   });
 }
 
+Image Bands(const Image& image, int first, int count) {
+  return Apply(image, [=](VipsImage* in, VipsImage** out) {
+    return vips_extract_band(in, out, first, "n", count, nullptr);
+  });
+}
+
 Image GreyToColour(const Image& image) {
-  const Image grey = Apply(
-      image, [](VipsImage* in, VipsImage** out) { return vips_extract_band(in, out, 0, nullptr); });
+  const Image grey = Bands(image, 0, 1);
   if (grey == nullptr) return nullptr;
   return Apply(image, [&](VipsImage* in, VipsImage** out) {
     std::array<VipsImage*, 3> bands{grey.get(), grey.get(), in};  // the last may bring alpha
@@ -106,18 +111,35 @@ Image GreyToColour(const Image& image) {
   });
 }
 
+// By the profile of the file, or by the library's own when there is none that fits.
+Image InksToColour(const Image& image) {
+  constexpr int kInks = 4;
+  Image colour = Apply(Bands(image, 0, kInks), [](VipsImage* in, VipsImage** out) {
+    return vips_icc_transform(in, out, "srgb", "embedded", TRUE, "input_profile", "cmyk", "intent",
+                              VIPS_INTENT_RELATIVE, "depth", 8, nullptr);
+  });
+  if (image->Bands != kInks + 1) return colour;
+  // The library's versions differ on whether a deep alpha is brought down with the inks.
+  const Image alpha = ToBytes(Bands(image, kInks, 1));
+  if (alpha == nullptr) return nullptr;
+  return Apply(colour, [&](VipsImage* in, VipsImage** out) {
+    return vips_bandjoin2(in, alpha.get(), out, nullptr);
+  });
+}
+
 // Three or four bands of 8 bits each; null when the picture is of no colours that are known.
 Image ToPixels(Image image) {
-  if (image != nullptr && !IsPlainColour(vips_image_guess_interpretation(image.get())))
+  const VipsInterpretation colours =
+      image != nullptr ? vips_image_guess_interpretation(image.get()) : VIPS_INTERPRETATION_ERROR;
+  if (colours == VIPS_INTERPRETATION_CMYK)
+    image = InksToColour(image);
+  else if (!IsPlainColour(colours))
     image = Apply(image, [](VipsImage* in, VipsImage** out) {
       return vips_colourspace(in, out, VIPS_INTERPRETATION_sRGB, nullptr);
     });
   if (image != nullptr && image->BandFmt != VIPS_FORMAT_UCHAR) image = ToBytes(image);
   if (image != nullptr && image->Bands < 3) image = GreyToColour(image);
-  if (image != nullptr && image->Bands > 4)
-    image = Apply(image, [](VipsImage* in, VipsImage** out) {
-      return vips_extract_band(in, out, 0, "n", 3, nullptr);
-    });
+  if (image != nullptr && image->Bands > 4) image = Bands(image, 0, 3);
   return image;
 }
 

@@ -4,8 +4,14 @@
 // interlaced PNG, WebP, HEIF and JPEG XL are decoded whole in this process's memory first.
 //
 // Of an animation or a file of many pages the first picture counts. Damaged pixel data are filled
-// in by the codec as far as it can, as viewers do. Grey, CMYK and other colours become sRGB; an
-// embedded profile is used for CMYK only.
+// in by the codec as far as it can, as viewers do. Grey and other colours become sRGB by formula,
+// their profile unused.
+//
+// CMYK goes through colour management: by the profile in the file if it is one of CMYK, else by the
+// library's own of a common press, relative to white and without compensation of black, in one step
+// from inks to sRGB. (The library's plain change of colour space takes several, which differ from
+// version to version by several levels.) JPEG stores inks upside down, whether or not Adobe's
+// marker says so, as all common writers do and viewers expect; TIFF stores them upright.
 #pragma once
 
 #include <cstdint>

@@ -152,7 +152,7 @@ std::string IconBytes(const std::vector<std::string>& entries) {
 }
 
 bool SaveByVips(const Picture& picture, const std::string& path, const std::string& options,
-                bool isCmyk, int orientation) {
+                int orientation) {
   static const bool started = VIPS_INIT("test") == 0;
   if (!started) return false;
   std::vector<VipsImage*> made(1);
@@ -164,10 +164,6 @@ bool SaveByVips(const Picture& picture, const std::string& path, const std::stri
       picture.channels < 3 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB;
   bool good = vips_copy(made[0], &next, "interpretation", interpretation, nullptr) == 0;
   made.push_back(next);
-  if (good && isCmyk) {
-    good = vips_colourspace(made.back(), &next, VIPS_INTERPRETATION_CMYK, nullptr) == 0;
-    made.push_back(next);
-  }
   if (good && orientation != 0) vips_image_set_int(made.back(), VIPS_META_ORIENTATION, orientation);
   good = good && vips_image_write_to_file(made.back(), (path + options).c_str(), nullptr) == 0;
   for (VipsImage* image : made) VIPS_UNREF(image);

@@ -40,10 +40,9 @@ struct BitmapForm {
 [[nodiscard]] std::string IconBytes(const std::vector<std::string>& entries);
 
 // By libvips, with options as in its file names ("[Q=90,interlace]"); false when it lacks the
-// format. Colour space "cmyk" or "", orientation as in Exif or 0.
+// format. Orientation as in Exif, or 0.
 [[nodiscard]] bool SaveByVips(const Picture& picture, const std::string& path,
-                              const std::string& options = {}, bool isCmyk = false,
-                              int orientation = 0);
+                              const std::string& options = {}, int orientation = 0);
 
 // Mean of the absolute differences of all samples; a failed test when the forms differ.
 [[nodiscard]] double MeanDifference(const Picture& a, const Picture& b);
