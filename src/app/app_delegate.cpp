@@ -309,9 +309,6 @@ void TDXAppDelegate::ApplicationWillTerminate() {
   ProcessFolders(ScanMode::kNone);
   if (!m_keepIgnoresFile)
     (void)m_ignores.SaveIgnores(configuration.ApplicationSupportPath(kIgnoresFile));
-  // A pause would keep the threads at its gate, and the end of the threads would wait for the end
-  // of the pause. What they hold runs to its end, as in a quit without a pause.
-  if (!_workers->IsRunning()) _workers->Continue();
   if (m_pendingWork.Open(configuration.ApplicationSupportPath(kPendingWorkFile))) {
     CSerializer serializer(m_pendingWork, *_workers, &m_audioStore, &m_imageStore);
     (void)serializer.InnerProcess();

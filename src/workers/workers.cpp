@@ -39,7 +39,7 @@ CWorkers::~CWorkers() {
 
 bool CWorkers::QueueRequest(std::unique_ptr<Request> request) {
   if (request == nullptr) return CSystemError::Bool("QueueRequest", 67, false);
-  if (m_pending.fetch_add(1) == 0) StateChange();
+  if (m_pending.fetch_add(1) == 0) StateChange(Edge::kStart);
   if (IsFile(*request)) m_counters.scheduled.fetch_add(1);
   CSyncLock lock(m_queueSync);
   m_queue.push_back(std::move(request));
@@ -66,16 +66,20 @@ void CWorkers::Pause() {
 
 void CWorkers::Stop() {
   CSyncLock lock(m_gate);
-  if (m_queued > 0) m_stop = 1;
+  if (m_pending > 0) m_stop = 1;
   m_gateCondition.Broadcast();
 }
 
-void CWorkers::StateChange() {
+void CWorkers::StateChange(Edge edge) {
   {
     CSyncLock lock(m_gate);
-    m_stop = 0;
-    m_run = 1;
-    m_gateCondition.Broadcast();
+    // An end that a new start has overtaken leaves the words alone: the start sets them, and what
+    // the user has asked for since then holds.
+    if (edge == Edge::kStart || m_pending == 0) {
+      m_stop = 0;
+      m_run = 1;
+      m_gateCondition.Broadcast();
+    }
   }
   if (m_callback) m_callback();
 }
@@ -131,7 +135,7 @@ void CWorkers::Shutdown(CSerializer* serializer) {
   for (const std::unique_ptr<Request>& request : rest) {
     if (!request) continue;
     DropRequest(*request);
-    if (m_pending.fetch_sub(1) == 1) StateChange();
+    if (m_pending.fetch_sub(1) == 1) StateChange(Edge::kEnd);
   }
   m_serializer = nullptr;
 }
@@ -162,7 +166,7 @@ void CWorkers::ThreadBody() {
   while (std::unique_ptr<Request> request = TakeRequest()) {
     RunRequest(context, *request);
     request.reset();
-    if (m_pending.fetch_sub(1) == 1) StateChange();
+    if (m_pending.fetch_sub(1) == 1) StateChange(Edge::kEnd);
   }
   CLog::Instance().Line("Thread stopped");
 }

@@ -68,15 +68,15 @@ class CWorkers : public CPendingWorkPool, public CPendingWorkQueue {
   void Continue() EXCLUDES(m_gate);
   // Holds each request at the gate between being taken and being run; a file in progress goes on.
   void Pause() EXCLUDES(m_gate);
-  // Requests are still taken but not executed, until the queue is empty; then the pool is idle.
+  // Requests in execution run to their end; all others, those that a pause holds and those that
+  // come until then included, are taken and not executed. Then the pool is idle. Nothing happens
+  // without pending work.
   void Stop() EXCLUDES(m_gate);
   // 0 = one per online processor; 32 at most. Removing threads ends a pause. False when a thread
   // could not be made.
   bool SetThreadCount(uint32_t limit);
   // Stops, ends all threads and joins them, and empties the queue; with a serializer, requests that
   // were not run are written to it.
-  // Workers that hold a request at the gate of a pause with nothing queued keep it waiting until
-  // the pause ends.
   void Shutdown(CSerializer* serializer) override;
   void Requeue(uint32_t kind, std::string path, uint8_t firstFlag, uint8_t secondFlag) override;
 
@@ -89,6 +89,8 @@ class CWorkers : public CPendingWorkPool, public CPendingWorkQueue {
   [[nodiscard]] uint32_t ThreadCount() const { return m_threadCount; }
 
  private:
+  enum class Edge { kStart, kEnd };  // of pending work
+
   static void* ThreadStarter(void* pool);
   bool InnerAddThreads(uint32_t count);
   void RemoveThreads(uint32_t count);
@@ -98,7 +100,7 @@ class CWorkers : public CPendingWorkPool, public CPendingWorkQueue {
   void RunRequest(CWorkerContext& context, const Request& request);
   void ExecuteRequest(CWorkerContext& context, const Request& request);
   void DropRequest(const Request& request);
-  void StateChange() EXCLUDES(m_gate);
+  void StateChange(Edge edge) EXCLUDES(m_gate);
 
   CScanCounters& m_counters;
   const EnginesFactory m_factory;
@@ -106,9 +108,9 @@ class CWorkers : public CPendingWorkPool, public CPendingWorkQueue {
   // Atomic: the main thread reads these with no lock for display and validation.
   std::atomic<uint32_t> m_run{1};   // 1 = requests may start, 0 = paused; changed under m_gate
   std::atomic<uint32_t> m_stop{0};  // 1 = stopping; changed under m_gate
+  // Stop reads it under m_gate: what is pending then has its end, which clears `m_stop`, ahead.
   std::atomic<uint32_t> m_pending{0};
-  // Length of m_queue, poison included; changed under m_queueSync. Stop reads it under m_gate: what
-  // is still queued then has yet to pass the gate, so the end of the queue will clear `m_stop`.
+  // Length of m_queue, poison included; changed under m_queueSync.
   std::atomic<uint32_t> m_queued{0};
   std::atomic<CSerializer*> m_serializer{nullptr};  // not null only during a saving shutdown
 

@@ -232,12 +232,44 @@ TEST_F(AppDelegateTest, AScanThatWasCutShortGoesOnWithTheSamePairsAtTheEnd) {
   Terminate();
 }
 
-TEST_F(AppDelegateTest, QuittingDuringAPauseDoesNotHang) {
-  Start();
-  m_delegate->StartScan();
-  m_delegate->StartScan();
+// A pause that catches the workers with all requests in their hands.
+class HeldScanTest : public AppDelegateTest {
+ protected:
+  void StartAndHoldAll() {
+    m_store.Set("enableThreadLimit", true);
+    m_store.Set("valueThreadLimit", int32_t{32});
+    Start();
+    m_delegate->StartScan();
+    m_delegate->StartScan();
+    while (m_delegate->GetWorkers()->Queued() != 0) std::this_thread::yield();
+    ASSERT_EQ(m_frontEnd.button, ScanButton::kContinue);
+  }
+};
+
+TEST_F(HeldScanTest, AStopEndsIt) {
+  StartAndHoldAll();
+  m_delegate->StopScan();
+  ASSERT_TRUE(m_queue.RunUntil([&] { return m_delegate->IsIdle(); }));
+  EXPECT_EQ(m_frontEnd.button, ScanButton::kScan);
+  EXPECT_LT(m_delegate->Counters().processed, 4);
+  EXPECT_EQ(m_delegate->Counters().processed, m_delegate->Counters().scheduled);
+  ScanToTheEnd();
+  EXPECT_EQ(m_delegate->AudioDups().PairCount(), 3U);
+  EXPECT_EQ(m_delegate->Counters().processed, 4);
   Terminate();
-  SUCCEED();
+}
+
+TEST_F(HeldScanTest, AQuitKeepsWhatIsHeldForTheNextStart) {
+  StartAndHoldAll();
+  Terminate();
+  Start();
+  m_delegate->RestoreAutosave();
+  ASSERT_TRUE(m_queue.RunUntil([&] { return m_delegate->IsIdle(); }));
+  (void)m_delegate->AudioDups().ProcessNewData();
+  EXPECT_EQ(m_delegate->AudioDups().PairCount(), 3U);
+  EXPECT_EQ(m_delegate->Counters().processed, 4);
+  EXPECT_EQ(m_delegate->Counters().scheduled, 4);
+  Terminate();
 }
 
 TEST_F(AppDelegateTest, ResultsAreSavedAndOpened) {

@@ -212,7 +212,7 @@ TEST_F(WorkersTest, StopWhilePausedDrainsWithoutRunning) {
   ExpectIdle(0);
 }
 
-TEST_F(WorkersTest, StopWithNothingQueuedLeavesHeldRequestsToThePause) {
+TEST_F(WorkersTest, StopDropsTheLastRequestsThatAPauseHolds) {
   m_pool.SetThreadCount(2);
   m_pool.m_callback = [&] {
     if (++m_edges == 1) m_pool.Pause();
@@ -220,18 +220,35 @@ TEST_F(WorkersTest, StopWithNothingQueuedLeavesHeldRequestsToThePause) {
   QueueFiles(2);
   Await([&] { return m_pool.Queued() == 0; });
   m_pool.Stop();
-  EXPECT_FALSE(m_pool.IsStopping());
-
-  // A shutdown now waits in the join for as long as the pause lasts.
-  auto shutdown = std::async(std::launch::async, [&] { m_pool.Shutdown(nullptr); });
-  Await([&] { return m_pool.Queued() == 2; });  // one poison a thread
-  LetOthersRun();
+  Await([&] { return m_edges == 2; });
   EXPECT_EQ(m_started, 0);
-  EXPECT_EQ(m_live, 2);
-  m_pool.Continue();
-  shutdown.get();
-  EXPECT_EQ(m_live, 0);
-  ExpectIdle(2);
+  ExpectIdle(0);
+
+  // With nothing pending it holds for nobody: what comes next runs.
+  m_pool.Stop();
+  EXPECT_FALSE(m_pool.IsStopping());
+  QueueFiles(3);
+  Await([&] { return m_edges == 4; });
+  ExpectIdle(3);
+}
+
+// What a folder in the middle of its listing queues after the stop must not run.
+TEST_F(WorkersTest, StopHoldsForWhatARequestInExecutionQueues) {
+  m_process = [this](const std::string&, uint8_t, bool) {
+    if (++m_started != 1) return true;
+    m_permits.acquire();
+    QueueFiles(3);
+    return true;
+  };
+  m_pool.SetThreadCount(1);
+  QueueFiles(1);
+  Await([&] { return m_started == 1; });
+  m_pool.Stop();
+  EXPECT_TRUE(m_pool.IsStopping());
+  m_permits.release();
+  Await([&] { return m_edges == 2; });
+  EXPECT_EQ(m_started, 1);
+  ExpectIdle(1);
 }
 
 TEST_F(WorkersTest, ThreadCountIsCappedAndAutomaticAtZero) {
@@ -340,6 +357,28 @@ TEST_F(WorkersTest, ShutdownWritesQueuedWorkToTheStream) {
   EXPECT_EQ(work.requests,
             (std::vector<std::string>{"/folder 0 2 1", "/file 1 3 0", "/analysis 2 1 0",
                                       "/analysis file 3 0 0", "/late 1 4 0"}));
+}
+
+TEST_F(WorkersTest, ShutdownOutOfAPauseWritesEachHeldRequestOnce) {
+  const test::CTempFolder folder;
+  CPendingWorkStore store;
+  ASSERT_TRUE(store.Open(folder / "pending"));
+  m_pool.SetThreadCount(2);
+  m_pool.m_callback = [&] {
+    if (++m_edges == 1) m_pool.Pause();
+  };
+  m_pool.Requeue(Request::kFile, "/a", 0, 0);
+  m_pool.Requeue(Request::kFile, "/b", 0, 0);
+  Await([&] { return m_pool.Queued() == 0; });
+  CSerializer serializer(store, m_pool, nullptr, nullptr);
+  ASSERT_TRUE(serializer.InnerProcess());
+  EXPECT_EQ(m_started, 0);
+
+  CCollectedWork work;
+  CSerializerReader reader(store, work, nullptr, nullptr);
+  ASSERT_TRUE(reader.InnerProcess());
+  std::sort(work.requests.begin(), work.requests.end());
+  EXPECT_EQ(work.requests, (std::vector<std::string>{"/a 1 0 0", "/b 1 0 0"}));
 }
 
 // Whatever the main thread does while requests arrive, the totals agree with what was finished and
