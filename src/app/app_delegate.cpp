@@ -242,6 +242,15 @@ bool TDXAppDelegate::IsIdle() const {
   return !_workers->IsStopping() && _workers->IsRunning() && _workers->Pending() == 0;
 }
 
+bool TDXAppDelegate::WasStopped() const {
+  return m_counters.droppedFiles != 0 || m_counters.droppedFolders != 0;
+}
+
+std::string TDXAppDelegate::HowFar() const {
+  return HowFarText(m_counters.processed, m_counters.scheduled + m_counters.droppedFiles,
+                    m_counters.droppedFolders != 0);
+}
+
 bool TDXAppDelegate::CanBegin() const {
   return IsIdle() && m_frontEnd.HasSelection();
 }
@@ -408,12 +417,13 @@ void TDXAppDelegate::UIProgress() {
   ProgressDisplay display;
   display.cacheCount = m_cache.Count();
   display.processed = m_counters.processed;
-  display.scheduled = m_counters.scheduled;
+  display.scheduled = m_counters.scheduled + m_counters.droppedFiles;
   const bool active = _workers->IsRunning() && !_workers->IsStopping() && _workers->Pending() != 0;
   m_estimate.Tick(static_cast<int32_t>(std::time(nullptr)), active, display.processed,
                   display.scheduled);
   display.progress = m_estimate.Progress();
-  display.text = m_estimate.Text();
+  display.text = _workers->IsStopping() ? "Stopping..." : m_estimate.Text();
+  if (IsIdle() && WasStopped()) display.stopped = "Stopped: " + HowFar();
   m_frontEnd.ShowProgress(display);
 }
 

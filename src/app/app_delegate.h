@@ -80,6 +80,9 @@ class TDXAppDelegate : private CAnalysisRequests {
   [[nodiscard]] bool CanStart() const;
   [[nodiscard]] bool CanStop() const;
   [[nodiscard]] bool IsIdle() const;
+  // Whether the last scan was ended before its time, and how far it came: "30 of 57 files".
+  [[nodiscard]] bool WasStopped() const;
+  [[nodiscard]] std::string HowFar() const;
   // Whether the menu's scans can begin: idle, with folders to scan.
   [[nodiscard]] bool CanBegin() const;
 

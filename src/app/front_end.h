@@ -29,9 +29,10 @@ enum class ScanButton { kScan, kPause, kContinue };
 struct ProgressDisplay {
   uint32_t cacheCount = 0;  // items in all caches
   int32_t processed = 0;
-  int32_t scheduled = 0;
-  float progress = 0;  // 0 to 1
-  std::string text;    // time remaining, or empty
+  int32_t scheduled = 0;  // those that a stop dropped included
+  float progress = 0;     // 0 to 1
+  std::string text;       // time remaining, or empty
+  std::string stopped;    // "Stopped: 30 of 57 files" until the next scan begins, or empty
 };
 
 class CFrontEnd {

@@ -39,6 +39,11 @@ void CProgressEstimate::Tick(int32_t now, bool active, int32_t processed, int32_
   m_text = "Estimated Time Remaining: " + RemainingText(static_cast<uint32_t>(m_statValue));
 }
 
+std::string HowFarText(int32_t processed, int32_t total, bool foldersLeft) {
+  return std::to_string(processed) + (foldersLeft ? " of at least " : " of ") +
+         std::to_string(total) + (total == 1 ? " file" : " files");
+}
+
 std::string RemainingText(uint32_t seconds) {
   std::string text;
   const uint32_t hours = seconds / 3600 % 24;

@@ -27,6 +27,9 @@ class CProgressEstimate {
   int32_t m_statValue = 0;  // estimate on show, seconds; 0 = none
 };
 
+// How far a scan came: "30 of 57 files", or "30 of at least 57 files" with folders not listed yet.
+[[nodiscard]] std::string HowFarText(int32_t processed, int32_t total, bool foldersLeft);
+
 // "1d 2h 3m 4s": days and hours only when needed, no leading zeros.
 [[nodiscard]] std::string RemainingText(uint32_t seconds);
 

@@ -145,8 +145,7 @@ int RunScan(const Arguments& arguments) {
   delegate.ApplicationWillTerminate();
 
   if (interrupted) {
-    const auto processed = static_cast<size_t>(delegate.Counters().processed.load());
-    Complain("interrupted after " + Count(processed, "file", "files") +
+    Complain("interrupted after " + delegate.HowFar() +
              "; \"quillmarsh-cli resume\" goes on from there");
     return kExitInterrupted;
   }

@@ -47,6 +47,7 @@ void CTerminalFrontEnd::ShowProgress(const ProgressDisplay& progress) {
   const std::string found = m_found ? m_found() : std::string();
   std::string line = std::to_string(progress.processed) + "/" + std::to_string(progress.scheduled) +
                      " files" + (found.empty() ? "" : ", " + found);
+  if (!progress.stopped.empty()) line = progress.stopped;
   if (!progress.text.empty()) line += ", " + progress.text;
   const size_t width = TerminalWidth();
   if (line.size() >= width) line.resize(width - 1);

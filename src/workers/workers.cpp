@@ -39,7 +39,11 @@ CWorkers::~CWorkers() {
 
 bool CWorkers::QueueRequest(std::unique_ptr<Request> request) {
   if (request == nullptr) return CSystemError::Bool("QueueRequest", 67, false);
-  if (m_pending.fetch_add(1) == 0) StateChange(Edge::kStart);
+  if (m_pending.fetch_add(1) == 0) {
+    m_counters.droppedFiles = 0;
+    m_counters.droppedFolders = 0;
+    StateChange(Edge::kStart);
+  }
   if (IsFile(*request)) m_counters.scheduled.fetch_add(1);
   CSyncLock lock(m_queueSync);
   m_queue.push_back(std::move(request));
@@ -224,7 +228,12 @@ void CWorkers::DropRequest(const Request& request) {
         break;
     }
   }
-  if (IsFile(request)) m_counters.scheduled.fetch_sub(1);
+  if (IsFile(request)) {
+    m_counters.droppedFiles.fetch_add(1);
+    m_counters.scheduled.fetch_sub(1);
+  } else {
+    m_counters.droppedFolders.fetch_add(1);
+  }
 }
 
 }  // namespace quill

@@ -253,7 +253,12 @@ TEST_F(HeldScanTest, AStopEndsIt) {
   EXPECT_EQ(m_frontEnd.button, ScanButton::kScan);
   EXPECT_LT(m_delegate->Counters().processed, 4);
   EXPECT_EQ(m_delegate->Counters().processed, m_delegate->Counters().scheduled);
+  EXPECT_EQ(m_frontEnd.progress.stopped.find("Stopped: " + m_delegate->HowFar()), 0U)
+      << m_frontEnd.progress.stopped;
+  EXPECT_LT(m_frontEnd.progress.progress, 1);
   ScanToTheEnd();
+  EXPECT_EQ(m_frontEnd.progress.stopped, "");
+  EXPECT_EQ(m_frontEnd.progress.progress, 1);
   EXPECT_EQ(m_delegate->AudioDups().PairCount(), 3U);
   EXPECT_EQ(m_delegate->Counters().processed, 4);
   Terminate();

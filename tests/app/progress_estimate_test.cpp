@@ -14,6 +14,12 @@ TEST(RemainingText, ShowsOnlyTheUnitsThatAreNeeded) {
   for (const auto& [seconds, text] : cases) EXPECT_EQ(RemainingText(seconds), text) << seconds;
 }
 
+TEST(HowFarText, AdmitsThatTheWholeIsNotKnown) {
+  EXPECT_EQ(HowFarText(30, 57, false), "30 of 57 files");
+  EXPECT_EQ(HowFarText(0, 1, false), "0 of 1 file");
+  EXPECT_EQ(HowFarText(30, 57, true), "30 of at least 57 files");
+}
+
 TEST(ProgressEstimate, NeedsElevenSecondsAndThreeFiles) {
   CProgressEstimate estimate;
   estimate.Tick(100, true, 5, 105);

@@ -190,9 +190,12 @@ TEST_F(WorkersTest, StopInMidScanDrainsWithoutRunning) {
   Await([&] { return m_edges == 2; });
   EXPECT_EQ(m_started, 2);
   ExpectIdle(2);
+  EXPECT_EQ(m_counters.droppedFiles, 48);
+  EXPECT_EQ(m_counters.droppedFolders, 0);
 
   // The stop has ended itself: the next batch runs.
   QueueFiles(5);
+  EXPECT_EQ(m_counters.droppedFiles, 0);
   m_permits.release(5);
   Await([&] { return m_edges == 4; });
   ExpectIdle(7);

@@ -262,7 +262,7 @@ void TDXMainWindow::RequestAttention() {
   const uint32_t groups =
       m_delegate->AudioDups().GroupCount() + m_delegate->ImageDups().GroupCount();
   const auto rated = static_cast<uint32_t>(m_delegate->AudioAnalysis().RowCount());
-  Notify(tr("Scan finished"),
+  Notify(m_delegate->WasStopped() ? tr("Scan stopped") : tr("Scan finished"),
          analysis ? Counted(rated, tr("file rated"), tr("files rated"))
                   : Counted(groups, tr("group of duplicates"), tr("groups of duplicates")));
 }

@@ -71,7 +71,9 @@ QStringList TDXStatusView::Texts() const {
   const QString text =
       m_progress.text.empty() ? m_summary : QString::fromStdString(m_progress.text);
   return {text, tr("Cache: %1").arg(m_progress.cacheCount),
-          tr("New: %1/%2").arg(m_progress.processed).arg(m_progress.scheduled),
+          m_progress.stopped.empty()
+              ? tr("New: %1/%2").arg(m_progress.processed).arg(m_progress.scheduled)
+              : QString::fromStdString(m_progress.stopped),
           QString::asprintf("%.1f%%", static_cast<double>(m_progress.progress) * 100)};
 }
 

@@ -209,6 +209,9 @@ TEST_F(MainWindowTest, PausesContinuesAndStops) {
   Action("stop")->trigger();
   ASSERT_TRUE(ScanEnds()) << "a stop out of a pause ends the scan too";
   EXPECT_LT(Pairs(), kCount);
+  const QStringList status = m_window->findChild<TDXStatusView*>()->Texts();
+  EXPECT_TRUE(status.at(2).startsWith("Stopped: ")) << status.join('|').toStdString();
+  EXPECT_NE(status.at(3), "100.0%");
   Scan();
   ASSERT_TRUE(ScanEnds());
   EXPECT_EQ(Pairs(), kCount) << "a new scan begins afresh";

@@ -18,13 +18,21 @@ TEST(StatusViewTest, SaysWhatItIsGiven) {
   EXPECT_EQ(Read(&view), "Cache: 0, New: 0/0, 0.0%");
   view.SetSummary("2 files marked");
   EXPECT_EQ(Read(&view), "2 files marked, Cache: 0, New: 0/0, 0.0%");
-  view.SetProgress({.cacheCount = 4000000000U,
-                    .processed = 1,
-                    .scheduled = 3,
-                    .progress = 1.0F / 3,
-                    .text = "Estimated Time Remaining: 2m 5s"});
+  ProgressDisplay shown{.cacheCount = 4000000000U,
+                        .processed = 1,
+                        .scheduled = 3,
+                        .progress = 1.0F / 3,
+                        .text = "Estimated Time Remaining: 2m 5s",
+                        .stopped = ""};
+  view.SetProgress(shown);
   EXPECT_EQ(Read(&view), "Estimated Time Remaining: 2m 5s, Cache: 4000000000, New: 1/3, 33.3%");
-  view.SetProgress({.cacheCount = 1, .processed = 3, .scheduled = 3, .progress = 1, .text = ""});
+  shown.text.clear();
+  shown.stopped = "Stopped: 1 of 3 files";
+  view.SetProgress(shown);
+  EXPECT_EQ(Read(&view), "2 files marked, Cache: 4000000000, Stopped: 1 of 3 files, 33.3%");
+  shown = {
+      .cacheCount = 1, .processed = 3, .scheduled = 3, .progress = 1, .text = "", .stopped = ""};
+  view.SetProgress(shown);
   EXPECT_EQ(Read(&view), "2 files marked, Cache: 1, New: 3/3, 100.0%");
 }
 
@@ -32,8 +40,9 @@ TEST(StatusViewTest, SaysWhatItIsGiven) {
 int GreenColumns(float progress) {
   TDXStatusView view;
   view.resize(1000, view.sizeHint().height());
-  view.SetProgress(
-      {.cacheCount = 0, .processed = 0, .scheduled = 0, .progress = progress, .text = ""});
+  ProgressDisplay shown;
+  shown.progress = progress;
+  view.SetProgress(shown);
   const QImage image = view.grab().toImage();
   int columns = 0;
   for (int x = 800; x < image.width(); ++x) {
