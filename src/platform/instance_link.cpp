@@ -11,7 +11,9 @@ namespace quill {
 namespace {
 
 constexpr int kPatienceMs = 5000;
-constexpr char kEnd = '\0';  // behind a path, which has none
+// Behind each path, which has none, and once more behind the last.
+constexpr char kEnd = '\0';
+constexpr qsizetype kMostBytes = 4 << 20;  // more than a command line can hold
 constexpr const char* kDone = "done";
 
 // The same for every way to write the folder's path.
@@ -22,6 +24,18 @@ QByteArray Digest(const std::string& folder) {
   return QCryptographicHash::hash(QByteArray::fromStdString(name), QCryptographicHash::Sha1)
       .toHex()
       .left(16);
+}
+
+// False while the end is still to come.
+bool ReadPaths(const QByteArray& said, std::vector<std::string>* paths) {
+  paths->clear();
+  for (qsizetype from = 0;;) {
+    const qsizetype end = said.indexOf(kEnd, from);
+    if (end < 0) return false;
+    if (end == from) return true;
+    paths->push_back(said.mid(from, end - from).toStdString());
+    from = end + 1;
+  }
 }
 
 }  // namespace
@@ -45,24 +59,36 @@ void CInstanceLink::Answer() {
   while (QLocalSocket* socket = m_server->nextPendingConnection()) {
     QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
     const auto read = [this, socket] {
-      const QByteArray said = socket->peek(socket->bytesAvailable());
-      const qsizetype end = said.indexOf(kEnd);
-      if (end < 0) return;
+      std::vector<std::string> paths;
+      const QByteArray said = socket->peek(kMostBytes);
+      if (!ReadPaths(said, &paths)) {
+        if (said.size() == kMostBytes) socket->abort();
+        return;
+      }
       (void)socket->readAll();
       socket->write(kDone);
       socket->flush();
-      if (m_called) m_called(said.left(end).toStdString());
+      // Not from here: a dialog's event loop would delete the socket inside its own signal.
+      QMetaObject::invokeMethod(
+          m_server.get(), [this, paths] { Called(paths); }, Qt::QueuedConnection);
     };
     QObject::connect(socket, &QLocalSocket::readyRead, socket, read);
     read();
   }
 }
 
-bool CInstanceLink::Call(const std::string& path) const {
+void CInstanceLink::Called(const std::vector<std::string>& paths) {
+  if (m_called) m_called(paths);
+}
+
+bool CInstanceLink::Call(const std::vector<std::string>& paths) const {
+  QByteArray said;
+  for (const std::string& path : paths) said += QByteArray::fromStdString(path) + kEnd;
+  said += kEnd;
   QLocalSocket socket;
   socket.connectToServer(m_name);
   if (!socket.waitForConnected(kPatienceMs)) return false;
-  socket.write(QByteArray::fromStdString(path) + kEnd);
+  socket.write(said);
   if (!socket.waitForBytesWritten(kPatienceMs)) return false;
   return socket.waitForReadyRead(kPatienceMs) && socket.readAll() == kDone;
 }

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 class QLocalServer;
 
@@ -17,18 +18,20 @@ class CInstanceLink {
   explicit CInstanceLink(const std::string& folder);
   ~CInstanceLink();
 
-  // Called with the results file that the second program was started with, empty for none.
-  std::function<void(const std::string& path)> m_called;
+  // Called with the paths that the second program was started with, perhaps none. From the event
+  // loop, with nothing of the link below it: it may open dialogs.
+  std::function<void(const std::vector<std::string>& paths)> m_called;
 
   // Takes calls from now on; they wait until the event loop runs. Needs the lock of the data
   // folder: what an earlier program left in the socket's place goes. Without a place for the socket
   // a second start cannot hand over; that is all.
   void Listen();
-  // False when nobody answers within a few seconds.
-  [[nodiscard]] bool Call(const std::string& path) const;
+  // No path may be empty. False when nobody answers within a few seconds.
+  [[nodiscard]] bool Call(const std::vector<std::string>& paths) const;
 
  private:
   void Answer();
+  void Called(const std::vector<std::string>& paths);
 
   const QString m_name;  // of the socket
   std::unique_ptr<QLocalServer> m_server;

@@ -1,6 +1,5 @@
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QFileInfo>
 #include <QMessageBox>
 #include <cerrno>
 #include <clocale>
@@ -8,7 +7,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/data_session.h"
 #include "platform/instance_link.h"
@@ -21,9 +23,9 @@ namespace {
 
 constexpr const char* kIdentifier = "org.quillmarsh.Quillmarsh";
 constexpr const char* kUsage =
-    "quillmarsh [--data-dir DIR] [FILE.quillmarsh]\n"
-    "  Opens the window, and the results file in it. A window that is open already over the same\n"
-    "  data folder comes forward.\n"
+    "quillmarsh [--data-dir DIR] [FOLDER | FILE.quillmarsh]...\n"
+    "  Opens the window, adds the folders to the list of folders to scan, and shows the results\n"
+    "  file. A window that is open already over the same data folder comes forward and does so.\n"
     "  --data-dir DIR   keep settings, cache, results and logs in DIR\n"
     "  --version        print the version\n"
     "quillmarsh-cli is the same program for terminals and scripts.\n";
@@ -50,8 +52,20 @@ int SayAndEnd(int argc, char** argv) {
   return 1;
 }
 
-std::string AbsolutePath(const QString& word) {
-  return quill::PathBytes(QFileInfo(word).absoluteFilePath());
+std::string AbsolutePath(const std::string& path) {
+  std::error_code fault;
+  const std::filesystem::path absolute = std::filesystem::absolute(path, fault);
+  return fault ? path : absolute.native();
+}
+
+// The arguments that are no options, as bytes: a name that is no text does not survive the parser.
+std::vector<std::string> WordsAsBytes(int argc, char** argv, const QStringList& words) {
+  std::vector<std::string> given;
+  for (int i = 1; i < argc; ++i) {
+    if (*argv[i] != '\0' && words.contains(QString::fromLocal8Bit(argv[i])))
+      given.push_back(AbsolutePath(argv[i]));
+  }
+  return given;
 }
 
 }  // namespace
@@ -74,14 +88,15 @@ int main(int argc, char** argv) {
   parser.addOption(dataDir);
   const QStringList words =
       parser.parse(QApplication::arguments()) ? parser.positionalArguments() : QStringList();
-  if (!parser.errorText().isEmpty() || words.size() > 1) {
+  if (!parser.errorText().isEmpty()) {
     std::fputs(kUsage, stderr);
     return 2;
   }
-  const std::string file = words.isEmpty() ? std::string() : AbsolutePath(words.first());
+  const std::vector<std::string> given = WordsAsBytes(argc, argv, words);
   const quill::CUserFolders folders =
-      parser.isSet(dataDir) ? quill::CUserFolders::Under(AbsolutePath(parser.value(dataDir)))
-                            : quill::CUserFolders::ByEnvironment();
+      parser.isSet(dataDir)
+          ? quill::CUserFolders::Under(AbsolutePath(quill::PathBytes(parser.value(dataDir))))
+          : quill::CUserFolders::ByEnvironment();
 
   quill::CDataSession session;
   quill::CDataLock::Result locked = session.Open(folders);
@@ -91,7 +106,7 @@ int main(int argc, char** argv) {
   }
   quill::CInstanceLink link(folders.support);
   if (locked == quill::CDataLock::Result::kTaken) {
-    if (link.Call(file)) return 0;
+    if (link.Call(given)) return 0;
     // A window that is just ending answers nobody, and is gone by now.
     locked = session.Open(folders);
   }
@@ -106,10 +121,10 @@ int main(int argc, char** argv) {
 
   quill::CQtMainQueue queue;
   quill::TDXMainWindow window(queue);
-  link.m_called = [&](const std::string& path) { window.BringForward(path); };
+  link.m_called = [&](const std::vector<std::string>& paths) { window.BringForward(paths); };
   const quill::CSignalWatch signalWatch([&] { window.close(); });
   QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                    [&] { window.close(); });
-  window.Start(file);
+  window.Start(given);
   return QApplication::exec();
 }

@@ -5,12 +5,10 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QListView>
-#include <QMimeData>
 #include <QStandardPaths>
 #include <QStorageInfo>
 #include <QTreeView>
 #include <QUrl>
-#include <filesystem>
 
 #include "ui/widgets/path_text.h"
 
@@ -53,20 +51,6 @@ std::vector<std::string> ChooseFolders(QWidget* parent) {
   last = dialog.directory().absolutePath();
   std::vector<std::string> folders;
   for (const QString& folder : dialog.selectedFiles()) folders.push_back(PathBytes(folder));
-  return folders;
-}
-
-std::vector<std::string> DroppedFolders(const QMimeData& data) {
-  std::vector<std::string> folders;
-  if (!data.hasUrls()) return folders;
-  for (const QUrl& url : data.urls()) {
-    if (!url.isLocalFile()) continue;
-    // An address keeps the bytes of names that are no text as they are.
-    const std::string path =
-        QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
-    std::error_code fault;
-    if (std::filesystem::is_directory(path, fault)) folders.push_back(path);
-  }
   return folders;
 }
 

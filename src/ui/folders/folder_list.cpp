@@ -42,7 +42,7 @@ FolderAddition PlanAddition(const std::vector<TDXSelectedFolder>& list, const st
   const std::string added = CompareForm(path);
   for (size_t i = 0; i < list.size(); ++i) {
     const std::string present = CompareForm(list[i].path);
-    if (added.starts_with(present)) return {.covered = true, .replaced = {}};
+    if (added.starts_with(present)) return {.coveredBy = i, .replaced = {}};
     if (present.starts_with(added)) addition.replaced.push_back(i);
   }
   return addition;

@@ -2,6 +2,7 @@
 // keep. Pure functions; paths are bytes of the file system, absolute, without a '/' at the end.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,8 @@ constexpr uint8_t kLastFolderGroup = 4;
 
 // What the addition of a folder does to a list. Letter case makes no difference between paths.
 struct FolderAddition {
-  bool covered = false;          // the folder, or one around it, is there already: nothing happens
+  // Place of the folder, or of one around it, that is there already: nothing happens.
+  std::optional<size_t> coveredBy;
   std::vector<size_t> replaced;  // places of folders inside the new one, ascending: they go
 };
 [[nodiscard]] FolderAddition PlanAddition(const std::vector<TDXSelectedFolder>& list,

@@ -35,7 +35,7 @@ QModelIndex CFolderTreeModel::AddNewPath(const std::string& path, uint8_t groupI
   std::string listed = ListedPath(path);
   if (listed.empty()) return {};
   const FolderAddition addition = PlanAddition(Folders(), listed);
-  if (addition.covered) return {};
+  if (addition.coveredBy) return index(static_cast<int>(*addition.coveredBy), kFolder, {});
   for (auto row = addition.replaced.rbegin(); row != addition.replaced.rend(); ++row)
     RemoveRow(&m_root, *row);
   const size_t row = m_root.childs.size();

@@ -38,7 +38,8 @@ class CFolderTreeModel : public QAbstractItemModel {
 
   [[nodiscard]] std::vector<TDXSelectedFolder> Folders() const;
   [[nodiscard]] bool IsEmpty() const { return m_root.childs.empty(); }
-  // The new row; invalid when the folder was covered already.
+  // The new row, or the one that covers the folder already; invalid for a path that is not
+  // absolute.
   QModelIndex AddNewPath(const std::string& path, uint8_t groupId);
   // Rows below the top are passed over, as by SetGroup.
   void Remove(const QModelIndexList& rows);

@@ -6,12 +6,9 @@
 #include <QActionGroup>
 #include <QDataStream>
 #include <QDesktopServices>
-#include <QDragEnterEvent>
-#include <QDropEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
-#include <QMimeData>
 #include <QPersistentModelIndex>
 #include <QSplitter>
 #include <QToolButton>
@@ -89,7 +86,6 @@ TDXFoldersView::TDXFoldersView(TDXAppDelegate& delegate, QWidget* parent)
   auto* const layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(m_splitter);
-  setAcceptDrops(true);
   setFocusProxy(m_foldersView);
 
   connect(m_foldersTree, &CFolderTreeModel::ListChanged, this, [this] {
@@ -185,15 +181,6 @@ void TDXFoldersView::RestoreLayout(const QByteArray& state) {
   if (stream.status() != QDataStream::Ok || version != kLayoutVersion) return;
   (void)m_splitter->restoreState(splitter);
   (void)m_filesView->header()->restoreState(files);
-}
-
-void TDXFoldersView::dragEnterEvent(QDragEnterEvent* event) {
-  if (!DroppedFolders(*event->mimeData()).empty()) event->acceptProposedAction();
-}
-
-void TDXFoldersView::dropEvent(QDropEvent* event) {
-  AddFolders(DroppedFolders(*event->mimeData()));
-  event->acceptProposedAction();
 }
 
 void TDXFoldersView::MakeActions() {

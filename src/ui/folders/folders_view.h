@@ -39,6 +39,8 @@ class TDXFoldersView : public QWidget {
   [[nodiscard]] std::vector<TDXSelectedFolder> UnloadList();
   // Keeps the list free of folders inside each other; the path is bytes of the file system.
   void AddNewPath(const std::string& path, uint8_t groupId);
+  // The same for several, without a group; the last one is selected, or the one that covers it.
+  void AddFolders(const std::vector<std::string>& paths);
 
   // Context menu and the main window's "Action" menu for this tab, separators included.
   [[nodiscard]] QList<QAction*> MenuActions() const;
@@ -53,16 +55,11 @@ class TDXFoldersView : public QWidget {
   // The list of top-level folders has changed: the scan button may be enabled or not.
   void ListChanged();
 
- protected:
-  void dragEnterEvent(QDragEnterEvent* event) override;
-  void dropEvent(QDropEvent* event) override;
-
  private:
   void MakeActions();
   [[nodiscard]] QWidget* MakeFoldersPane();
   [[nodiscard]] QWidget* MakeFilesPane();
   void AddByDialog();
-  void AddFolders(const std::vector<std::string>& paths);
   void SetGroup(uint8_t groupId);
   void AnalyseSelectedFiles();
   void AnalyseSelectedFolders();

@@ -8,18 +8,18 @@
 #include <QDragEnterEvent>
 #include <QMenu>
 #include <QMessageBox>
-#include <QMimeData>
 #include <QSignalBlocker>
 #include <QStackedWidget>
 #include <QTableView>
-#include <QUrl>
 #include <QVBoxLayout>
 #include <filesystem>
+#include <utility>
 
 #include "core/configuration.h"
 #include "decoding/process_link.h"
 #include "platform/attention.h"
 #include "platform/cubeb_output.h"
+#include "platform/main_loop.h"
 #include "ui/audio/audio_dups_view.h"
 #include "ui/folders/folders_view.h"
 #include "ui/images/image_dups_view.h"
@@ -30,6 +30,7 @@
 #include "ui/widgets/icons.h"
 #include "ui/widgets/path_text.h"
 #include "ui/window/documents.h"
+#include "ui/window/given_paths.h"
 #include "ui/window/help_window.h"
 #include "ui/window/status_view.h"
 #include "ui/window/update_window.h"
@@ -42,6 +43,7 @@ constexpr int kTickMs = 200;
 // A window that is not drawn at once, as when it starts minimised, goes on without that.
 constexpr int kRestoreWithinMs = 500;
 constexpr QSize kFirstSize(1100, 700);
+constexpr qsizetype kMostRefusals = 10;  // in one message
 constexpr ResultsTab kTabs[] = {ResultsTab::kFolders, ResultsTab::kAudioDups,
                                 ResultsTab::kImageDups, ResultsTab::kAudioAnalysis};
 
@@ -64,15 +66,6 @@ QByteArray LoadBytes(const char* key) {
 
 void SaveBytes(const char* key, const QByteArray& bytes) {
   CConfiguration::Instance().SetBytes(key, CByteBlock(bytes.begin(), bytes.end()));
-}
-
-// The results file among what is dragged; empty for none.
-QString DraggedResults(const QMimeData* data) {
-  for (const QUrl& url : data->urls()) {
-    const QString path = url.toLocalFile();
-    if (path.endsWith(".quillmarsh", Qt::CaseInsensitive)) return path;
-  }
-  return {};
 }
 
 QString Counted(uint32_t count, const QString& one, const QString& many) {
@@ -140,8 +133,8 @@ TDXMainWindow::~TDXMainWindow() {
   m_status = nullptr;
 }
 
-void TDXMainWindow::Start(const std::string& resultsFile) {
-  m_startFile = resultsFile;
+void TDXMainWindow::Start(const std::vector<std::string>& given) {
+  m_given = given;
   m_folders->LoadList();
   RestoreLayout();
   m_delegate->AwakeFromNib();
@@ -159,9 +152,11 @@ void TDXMainWindow::paintEvent(QPaintEvent* event) {
 
 void TDXMainWindow::Restore() {
   m_delegate->RestoreAutosave();
-  if (!m_startFile.empty()) m_documents->Open(m_startFile);
   UpdateAllActions();
-  TellTroubles();
+  CallFromMainLoop(this, [this] {
+    TakeGiven();
+    TellTroubles();
+  });
 }
 
 void TDXMainWindow::TellTroubles() {
@@ -181,15 +176,34 @@ void TDXMainWindow::TellTroubles() {
   }
 }
 
-void TDXMainWindow::BringForward(const std::string& resultsFile) {
+void TDXMainWindow::BringForward(const std::vector<std::string>& given) {
   setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
   raise();
   activateWindow();
-  if (resultsFile.empty()) return;
-  // A restore that comes later would leave the file's results alone.
-  m_documents->Open(resultsFile);
+  Give(given);
+}
+
+void TDXMainWindow::Give(const std::vector<std::string>& paths) {
+  m_given.insert(m_given.end(), paths.begin(), paths.end());
+  CallFromMainLoop(this, [this] { TakeGiven(); });
+}
+
+void TDXMainWindow::TakeGiven() {
+  // The restore takes them behind itself.
+  if (m_given.empty() || m_restore.isActive()) return;
+  const GivenPaths given = SortGiven(std::exchange(m_given, {}));
+  if (!given.results.empty()) m_documents->Open(given.results);
+  if (!given.folders.empty()) {
+    m_folders->AddFolders(given.folders);
+    SwitchView(ResultsTab::kFolders);
+  }
   UpdateAllActions();
+  if (given.refused.isEmpty()) return;
+  QStringList told = given.refused.mid(0, kMostRefusals);
+  if (const qsizetype more = given.refused.size() - told.size(); more > 0)
+    told += tr("And %L1 more.").arg(more);
+  ShowAlert(tr("Not opened").toStdString(), told.join('\n').toStdString());
 }
 
 void TDXMainWindow::closeEvent(QCloseEvent* event) {
@@ -199,22 +213,23 @@ void TDXMainWindow::closeEvent(QCloseEvent* event) {
     return;
   }
   SaveLayout();
-  if (m_preferences) m_preferences->close();
+  if (m_preferences) {
+    // A dialog of theirs may be open in a loop below this call: they go with the window.
+    m_preferences->setAttribute(Qt::WA_DeleteOnClose, false);
+    m_preferences->close();
+  }
   event->accept();
   // Also out of dialogs that are open: none of them can hold up the end of a session.
   QCoreApplication::exit(0);
 }
 
 void TDXMainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  if (!DraggedResults(event->mimeData()).isEmpty()) event->acceptProposedAction();
+  if (MayTake(DraggedPaths(*event->mimeData()))) event->acceptProposedAction();
 }
 
 void TDXMainWindow::dropEvent(QDropEvent* event) {
-  const QString path = DraggedResults(event->mimeData());
-  if (path.isEmpty()) return;
   event->acceptProposedAction();
-  m_documents->Open(PathBytes(path));
-  UpdateAllActions();
+  Give(DraggedPaths(*event->mimeData()));
 }
 
 bool TDXMainWindow::HasSelection() const {

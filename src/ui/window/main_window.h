@@ -43,10 +43,12 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   ~TDXMainWindow() override;
 
   // Loads the window's state and the folder list, creates the threads and goes on where the last
-  // run ended. Then the results file, if a path is given, as the user's open would.
-  void Start(const std::string& resultsFile);
-  // To the front, as after a second start of the program; opens the file if one is given.
-  void BringForward(const std::string& resultsFile);
+  // run ended. Then takes the paths: folders go into the list, a results file is shown as by the
+  // user's open, and anything else is told in one message.
+  void Start(const std::vector<std::string>& given);
+  // To the front, as after a second start of the program, with what that one was given. While a
+  // dialog is open, the paths wait for its end.
+  void BringForward(const std::vector<std::string>& given);
 
   [[nodiscard]] TDXAppDelegate& Delegate() { return *m_delegate; }
 
@@ -93,6 +95,9 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   // Second half of the start, when the window is to be seen.
   void Restore();
   void TellTroubles();
+  // Remembers paths that came from outside, and deals with all of them when no dialog is open.
+  void Give(const std::vector<std::string>& paths);
+  void TakeGiven();
   void UpdateSummary(ResultsTab tab, const QString& text);
   void ShowPreferences();
   // False when the desktop's program is to play it.
@@ -109,7 +114,7 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   std::unique_ptr<CDocuments> m_documents;
   QTimer m_timer;
   QTimer m_restore;
-  std::string m_startFile;  // to be opened after the restore
+  std::vector<std::string> m_given;  // paths that wait for the restore or the end of a dialog
 
   QStackedWidget* m_tabs = nullptr;
   TDXFoldersView* m_folders = nullptr;

@@ -10,6 +10,7 @@
 
 #include "core/configuration.h"
 #include "core/log.h"
+#include "platform/main_loop.h"
 
 namespace quill {
 
@@ -86,9 +87,12 @@ void TDXUpdateWindow::CheckUpdateModal(bool modal, QWidget* parent) {
   checker->BeginRequest([checker, parent](UpdateResult result) {
     checker->deleteLater();
     if (result != UpdateResult::kNewer) return;
-    TDXUpdateWindow window(nullptr, parent);
-    window.ProcessResult(result);
-    window.exec();
+    // The user has not asked for it: not in the middle of another dialog.
+    CallFromMainLoop(parent, [parent, result] {
+      TDXUpdateWindow window(nullptr, parent);
+      window.ProcessResult(result);
+      window.exec();
+    });
   });
 }
 

@@ -39,7 +39,7 @@ TEST(FolderListTest, NoFolderLiesInAnother) {
     Folders list;
     for (const std::string& path : c.list) list.push_back({path, 0});
     const FolderAddition addition = PlanAddition(list, c.added);
-    EXPECT_EQ(addition.covered, c.covered) << c.added;
+    EXPECT_EQ(addition.coveredBy.has_value(), c.covered) << c.added;
     EXPECT_EQ(addition.replaced, c.replaced) << c.added;
   }
 }

@@ -1,14 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
-#include <QMimeData>
 #include <QPersistentModelIndex>
 #include <QTest>
 #include <filesystem>
 
 #include "support/temp_folder.h"
 #include "ui/folders/file_list_model.h"
-#include "ui/folders/folder_chooser.h"
 #include "ui/folders/folder_tree_model.h"
 
 namespace quill {
@@ -59,7 +57,7 @@ TEST_F(FolderModelsTest, AFolderAroundOthersTakesTheirPlace) {
   (void)tree.AddNewPath(m_files / "top/Disc 10", 1);
   (void)tree.AddNewPath(m_files / "top/disc 9", 1);
   const QModelIndex top = tree.AddNewPath(m_files / "top", 3);
-  EXPECT_FALSE(tree.AddNewPath(m_files / "top/disc 9/deep", 4).isValid());
+  EXPECT_EQ(tree.AddNewPath(m_files / "top/disc 9/deep", 4), top);
   EXPECT_EQ(changes, 3);
   ASSERT_EQ(tree.Folders().size(), 1U);
   EXPECT_EQ(tree.Folders()[0].groupId, 3);
@@ -113,16 +111,6 @@ TEST_F(FolderModelsTest, FilesSortBehindFolders) {
   EXPECT_EQ(Rows(files).mid(0, 2), QStringList({"disc 9", "Disc 10"}));
   files.sort(CFileListModel::kName, Qt::DescendingOrder);
   EXPECT_EQ(Rows(files).mid(3), QStringList({"link", "b.flac", "A.mp3"}));
-}
-
-TEST_F(FolderModelsTest, OnlyFoldersAreTakenFromADrop) {
-  QMimeData data;
-  const std::string at = "file://" + (m_files / "top/");
-  data.setData("text/uri-list", QByteArray::fromStdString(at + "A.mp3\r\n" + at + "Disc%2010/\r\n" +
-                                                          "https://example.org/\r\n" + at +
-                                                          "%FF\r\n" + at + "gone\r\n"));
-  EXPECT_EQ(DroppedFolders(data),
-            (std::vector<std::string>{m_files / "top/Disc 10/", m_files / "top/\xFF"}));
 }
 
 }  // namespace

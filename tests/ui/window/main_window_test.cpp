@@ -7,6 +7,8 @@
 #include <QComboBox>
 #include <QDropEvent>
 #include <QElapsedTimer>
+#include <QEventLoop>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QStackedWidget>
 #include <QTableView>
@@ -63,9 +65,9 @@ bool WaitFor(Done done) {
 
 class MainWindowTest : public testing::Test {
  protected:
-  void Open(const std::string& file = {}) {
+  void Open(const std::vector<std::string>& given = {}) {
     Make();
-    m_window->Start(file);
+    m_window->Start(given);
     ASSERT_TRUE(WaitFor([&] { return Delegate().AudioDups().m_journal != nullptr; }));
     QCoreApplication::processEvents();
   }
@@ -100,6 +102,12 @@ class MainWindowTest : public testing::Test {
   void AddMusic() {
     m_window->findChild<TDXFoldersView*>()->AddNewPath(MusicFolder(), 0);
     QCoreApplication::processEvents();
+  }
+  std::vector<std::string> Folders() {
+    std::vector<std::string> paths;
+    for (const auto& folder : m_window->findChild<TDXFoldersView*>()->UnloadList())
+      paths.push_back(folder.path);
+    return paths;
   }
   void Scan() { Action("scan")->trigger(); }
   bool ScanEnds() {
@@ -174,23 +182,81 @@ TEST_F(MainWindowTest, OpensAFileOfTheCommandLineAndOneThatIsDropped) {
   Delegate().AudioDups().Clear();
   Close();
 
-  Open(results);
+  Open({results});
   ASSERT_TRUE(WaitFor([&] { return Pairs() != 0; }));
   EXPECT_EQ(Pairs(), kCount);
   EXPECT_TRUE(IsEnabled("save"));
   Delegate().AudioDups().Clear();
 
   QMimeData data;
-  data.setUrls({QUrl::fromLocalFile(QString::fromStdString(results))});
+  data.setUrls({QUrl::fromLocalFile(QString::fromStdString(results)),
+                QUrl::fromLocalFile(QString::fromStdString(m_data / "dropped"))});
+  std::filesystem::create_directory(m_data / "dropped");
   QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
   QCoreApplication::sendEvent(m_window.get(), &enter);
   EXPECT_TRUE(enter.isAccepted());
   QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
   QCoreApplication::sendEvent(m_window.get(), &drop);
-  EXPECT_EQ(Pairs(), kCount);
+  ASSERT_TRUE(WaitFor([&] { return Pairs() == kCount; }));
+  EXPECT_EQ(Folders().size(), 2U) << "and a folder that is dropped with it";
   Delegate().AudioDups().Clear();
-  m_window->BringForward(results);
-  EXPECT_EQ(Pairs(), kCount) << "as a second start of the program does";
+  m_window->BringForward({results});
+  ASSERT_TRUE(WaitFor([&] { return Pairs() == kCount; }))
+      << "as a second start of the program does";
+}
+
+TEST_F(MainWindowTest, FoldersGivenFromOutsideGoIntoTheList) {
+  for (const char* name : {"one", "two", "two/deep"})
+    std::filesystem::create_directory(m_data / name);
+  {
+    CDialogDriver dialogs;
+    dialogs.Answer("novel.txt” is not there", "OK");
+    Open({m_data / "one", m_data / "novel.txt"});
+    ASSERT_TRUE(WaitFor([&] { return !QApplication::activeModalWidget(); }));
+  }
+  EXPECT_EQ(Folders(), std::vector<std::string>{m_data / "one"});
+  Action("tabAudio")->trigger();
+  m_window->BringForward({m_data / "two", m_data / "two/deep"});
+  ASSERT_TRUE(WaitFor([&] { return Action("tabFolders")->isChecked(); }));
+  EXPECT_EQ(Folders(), (std::vector<std::string>{m_data / "one", m_data / "two"}));
+  EXPECT_TRUE(IsEnabled("scan"));
+}
+
+TEST_F(MainWindowTest, SecondStartsWaitForTheDialogThatIsOpen) {
+  std::filesystem::create_directory(m_data / "folder");
+  Open();
+  QEventLoop program;  // as in the program, the loop of a dialog runs inside another one
+  size_t most = 0, seen = 0;
+  QStringList told;
+  QTimer look;
+  QObject::connect(&look, &QTimer::timeout, &look, [&] {
+    QList<QMessageBox*> open;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+      auto* box = qobject_cast<QMessageBox*>(widget);
+      if (box && box->isVisible()) open.append(box);
+    }
+    most = std::max(most, static_cast<size_t>(open.size()));
+    if (open.isEmpty()) return;
+    if (++seen == 1) {
+      m_window->BringForward({m_data / "second"});
+      m_window->BringForward({m_data / "third", m_data / "folder", m_data / "second"});
+    }
+    if (seen < 20) return;
+    EXPECT_EQ(Folders().empty(), told.isEmpty()) << "taken inside of the dialog";
+    told.append(open.last()->text());
+    open.last()->reject();
+    if (told.size() == 2) program.quit();
+  });
+  look.start(20);
+  QTimer::singleShot(0, &look, [&] { m_window->BringForward({m_data / "first"}); });
+  QTimer::singleShot(20000, &program, &QEventLoop::quit);
+  program.exec();
+  EXPECT_EQ(most, 1U);
+  ASSERT_EQ(told.size(), 2);
+  EXPECT_TRUE(told[0].contains("first"));
+  EXPECT_EQ(told[1].count("second"), 1) << told[1].toStdString();
+  EXPECT_TRUE(told[1].contains("third"));
+  EXPECT_EQ(Folders(), std::vector<std::string>{m_data / "folder"});
 }
 
 TEST_F(MainWindowTest, PausesContinuesAndStops) {
