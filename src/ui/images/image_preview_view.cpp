@@ -1,6 +1,7 @@
 #include "ui/images/image_preview_view.h"
 
 #include <QPainter>
+#include <QWheelEvent>
 #include <algorithm>
 #include <iterator>
 
@@ -30,11 +31,13 @@ TDXImagePreviewView::TDXImagePreviewView(const CImageDupsController& controller,
 
 void TDXImagePreviewView::SetIndex(int index) {
   if (index == m_index) return;
-  m_index = index;
+  m_index = m_centre = index;
+  m_wheel = 0;
   update();
 }
 
 void TDXImagePreviewView::RowsChanged() {
+  if (m_centre < 0 || m_centre >= static_cast<int>(m_controller.RowCount())) m_centre = m_index;
   update();
 }
 
@@ -55,7 +58,8 @@ void TDXImagePreviewView::paintEvent(QPaintEvent*) {
   const auto rows = static_cast<int>(m_controller.RowCount());
   if (m_index < 0 || m_index >= rows) return;
   for (auto& [path, item] : m_items) item.used = false;
-  const auto places = PlacePreviews(size(), m_index, rows, [this](int row) { return SizeOf(row); });
+  const auto places =
+      PlacePreviews(size(), m_centre, rows, [this](int row) { return SizeOf(row); });
 
   painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
   const uint32_t group = m_controller.TableAt(m_index)->item->group;
@@ -85,13 +89,32 @@ void TDXImagePreviewView::paintEvent(QPaintEvent*) {
   LoadNext();
 }
 
+void TDXImagePreviewView::wheelEvent(QWheelEvent* event) {
+  event->accept();
+  const int rows = static_cast<int>(m_controller.RowCount());
+  if (m_index < 0 || m_index >= rows) return;
+  const QPoint turned = event->angleDelta();
+  m_wheel += turned.y() != 0 ? turned.y() : turned.x();
+  const int steps = m_wheel / QWheelEvent::DefaultDeltasPerStep;
+  m_wheel -= steps * QWheelEvent::DefaultDeltasPerStep;
+  m_centre = std::clamp(m_centre - steps, 0, rows - 1);
+  update();
+}
+
 void TDXImagePreviewView::LoadNext() {
   if (m_loader.IsBusy()) return;
-  const auto waiting = std::find_if(m_items.begin(), m_items.end(), [](const auto& entry) {
-    return entry.second.used && !entry.second.loaded;
+  const QSizeF room = PreviewRoom(size(), m_controller.RowCount() > 1);
+  const double points = std::max(room.width(), room.height());
+  const int edge = std::max(1, static_cast<int>(points * devicePixelRatioF()));
+  const auto waiting = std::find_if(m_items.begin(), m_items.end(), [edge](const auto& entry) {
+    const Item& item = entry.second;
+    // Loaded anew when the view has grown past what was loaded for it.
+    const int most = std::max(item.pixels.width(), item.pixels.height());
+    return item.used && (!item.loaded || item.edge < std::min(edge, most));
   });
   if (waiting == m_items.end()) return;
-  m_loader.Load(waiting->first, static_cast<int>(PreviewBestEdge(width()) * devicePixelRatioF()));
+  waiting->second.edge = edge;
+  m_loader.Load(waiting->first, edge);
 }
 
 void TDXImagePreviewView::Take(const CPreviewLoader::Loaded& loaded) {

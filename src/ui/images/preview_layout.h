@@ -1,5 +1,7 @@
-// Where the pictures of the preview strip stand: the selected row large and centred, the rows above
-// and below it small, as far as they fit. Pure; sizes in points of the view.
+// Where the pictures of the preview strip stand: the large one in the middle of the view, its
+// neighbours in the table small before and behind it, as many as fit. The strip runs down a tall
+// view and across a wide one. Every picture is whole, and at least one neighbour stands on each
+// side where the table has one. Pure; sizes in points of the view.
 #pragma once
 
 #include <QRectF>
@@ -14,13 +16,15 @@ struct PreviewPlace {
   QRectF rect;
 };
 
-// The largest edge of the selected picture in a view of this width.
-[[nodiscard]] double PreviewBestEdge(double viewWidth);
-// `size` scaled down to `edge`, never up; a size without a width or height becomes a square of
-// `edge`.
-[[nodiscard]] QSizeF FitPreview(QSizeF size, double edge);
-// The selected row first, then upward, then downward. `sizeOf` gives the size in pixels of a row's
-// picture; the rows are 0 to rowCount - 1. Empty for a row outside of them.
+// Around each picture, for its frame and the gap to the next.
+constexpr double kPreviewMargin = 20;
+
+// The room of the large picture in a view of this size, with or without neighbours.
+[[nodiscard]] QSizeF PreviewRoom(QSizeF view, bool neighbours);
+// `size` scaled down into `room`, never up; a size without a width or height becomes a square.
+[[nodiscard]] QSizeF FitPreview(QSizeF size, QSizeF room);
+// The large picture first, then those before it, then those behind it. `sizeOf` gives the size in
+// pixels of a row's picture; the rows are 0 to rowCount - 1. Empty for a row outside of them.
 [[nodiscard]] std::vector<PreviewPlace> PlacePreviews(QSizeF view, int index, int rowCount,
                                                       const std::function<QSizeF(int)>& sizeOf);
 

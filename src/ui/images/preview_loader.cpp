@@ -19,7 +19,7 @@ namespace {
 constexpr int kMostMegabytes = 1024;
 
 QSize Fitting(QSize pixels, int edge) {
-  const QSizeF fitted = FitPreview(pixels, edge);
+  const QSizeF fitted = FitPreview(pixels, QSizeF(edge, edge));
   return {std::max(1, qRound(fitted.width())), std::max(1, qRound(fitted.height()))};
 }
 
