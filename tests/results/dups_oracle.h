@@ -25,8 +25,7 @@ inline std::string Number(uint64_t value) {
 // The state of a table in plain maps. Its rows are worked out from nothing each time, and follow
 // from the invariants alone; only the addresses that break ties are asked of the model. The Kit
 // tells what the tables differ in: Base, Scores, the columns of the scores in their order
-// (kScoreColumns), Text(column, base) that sorts as its own columns do, WithPath(base, path),
-// Same(base, base).
+// (kScoreColumns), Text(column, base) that sorts as its own columns do, WithPath(base, path).
 template <class Kit>
 struct Oracle {
   using Base = typename Kit::Base;
@@ -187,7 +186,7 @@ struct Oracle {
       ASSERT_EQ(row->item->pairs, partners.size());
       ASSERT_EQ(row->item->marked, item.marked);
       ASSERT_EQ(row->item->expanded, item.expanded);
-      ASSERT_TRUE(Kit::Same(*row->item->base, *item.file)) << rows[i].item;
+      ASSERT_TRUE(*row->item->base == *item.file) << rows[i].item;
       ASSERT_EQ(row->item->folderGroup, item.folderGroup);
       Scores minimum, maximum;
       minimum.fill(1);
