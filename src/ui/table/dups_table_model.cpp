@@ -1,7 +1,6 @@
 #include "ui/table/dups_table_model.h"
 
 #include "results/field_text.h"
-#include "results/format_text.h"
 #include "results/path_parts.h"
 #include "ui/widgets/path_text.h"
 
