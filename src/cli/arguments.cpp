@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "core/defaults.h"
+#include "results/export.h"
 
 namespace quill::cli {
 
@@ -108,11 +109,11 @@ bool CheckWords(const Arguments& arguments, std::string* error) {
   if (arguments.analyse && arguments.command != Command::kScan) *error = "--analyse goes with scan";
   if (!arguments.exportFile.empty()) {
     if (!scans) *error = "--export goes with scan and resume";
-    const std::string extension = std::filesystem::path(arguments.exportFile).extension().string();
-    if (extension != ".csv" && extension != ".html" && extension != ".m3u")
+    const std::optional<ExportKind> kind = ExportKindOf(arguments.exportFile);
+    if (!kind)
       *error = Quoted("--export takes a name that ends in .csv, .html or .m3u, not ",
                       arguments.exportFile);
-    else if (extension == ".m3u" && arguments.analyse)
+    else if (kind == ExportKind::kM3u && arguments.analyse)
       *error = "a .m3u list is made of duplicates: --analyse exports to .csv and .html";
   }
   if (arguments.command != Command::kMark) {

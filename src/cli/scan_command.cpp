@@ -151,7 +151,20 @@ int RunScan(const Arguments& arguments) {
   }
   const Outcome outcome = Report(arguments, delegate);
   const bool printed = Print(outcome.text);
-  const bool exported = arguments.exportFile.empty() || ExportResults(arguments, delegate);
+  const auto goOn = [&](size_t done, size_t count) {
+    QCoreApplication::processEvents();
+    ProgressDisplay progress;
+    progress.processed = static_cast<int32_t>(done);
+    progress.scheduled = static_cast<int32_t>(count);
+    frontEnd.ShowProgress(progress);
+    return !interrupted;
+  };
+  const bool exported = arguments.exportFile.empty() || ExportResults(arguments, delegate, goOn);
+  frontEnd.ClearProgressLine();
+  if (interrupted) {
+    Complain("interrupted during the export; the scan itself is complete");
+    return kExitInterrupted;
+  }
   if (!printed) return kExitFailed;
   if (!arguments.json)
     std::fprintf(stderr, "%s%s\n", outcome.text.empty() ? "" : "\n", outcome.sentence.c_str());

@@ -1,28 +1,28 @@
 #include "results/export.h"
 
 #include <array>
+#include <span>
 #include <vector>
 
 #include "results/export_writer.h"
 #include "results/field_text.h"
+#include "results/html_page.h"
+#include "results/match_groups.h"
+#include "results/path_parts.h"
 
 namespace quill {
 
 namespace {
 
-constexpr std::array kAudioHeadings{"File", "File", "% content", "% tags", "% precise"};
-constexpr std::array kImageHeadings{"File", "File", "% content"};
+constexpr std::array kAudioHeadings{"File", "Other file", "Content %", "Tags %", "Precise %"};
+constexpr std::array kImageHeadings{"File", "Other file", "Content %", "Experimental %"};
+// The rating in percent where CSV has it, from 0 to 1 on the page.
 constexpr std::array kAnalysisHeadings{
     "File",     "Rating",  "Sample rate", "Size", "Bitrate",   "Channels",  "Duration",
     "Clipping", "Silence", "Mean(abs.)",  "Step", "Max(abs.)", "Max Freq.", "Clicks"};
+constexpr const char* kRatingInPercent = "Rating %";
 
-// Columns of the HTML form; of the image table one more than the headings that it is given.
-constexpr size_t kAudioColumns = 5;
-constexpr size_t kImageColumns = 4;
-constexpr size_t kAnalysisColumns = 14;
-
-// One record as its HTML cells.
-using Cells = std::vector<std::string>;
+constexpr const char* kNoSuchForm = "this table has no such form";
 
 std::string Score(float value) {
   return FixedText(static_cast<double>(value), 4);
@@ -37,56 +37,46 @@ std::string PrecisePercent(float score) {
   return Percent(score > 0 ? score : 0);
 }
 
-bool BeginHtml(CExportWriter& out, size_t columns, std::span<const char* const> headings) {
-  if (headings.size() != columns) {
-    out.Refuse("this table has no HTML form");
-    return false;
-  }
-  constexpr const char* kEnd = CExportWriter::kLineEnd;
-  out << "<html><header>" << kEnd
-      << "<meta http-equiv='Content-Type' content='text/html; charset=UTF-8' />" << kEnd
-      << "<style type='text/css'>td{padding:4px 10px;}tr.wh,th{background-color:#ccc}</style>"
-         "</header><body>"
-      << kEnd << "<table cellpadding='0' cellspacing='0'>" << kEnd << "<tr><th>";
-  for (size_t i = 0; i < columns; ++i) out << (i == 0 ? "" : "</th><th>") << headings[i];
-  out << "</th></tr>";
-  return true;
+std::string Quoted(std::string_view text) {
+  std::string out = "\"";
+  for (const char c : text) out.append(c == '"' ? 2 : 1, c);
+  return out + '"';
 }
 
-void PutHtml(CExportWriter& out, const Cells& cells, bool* shaded) {
-  constexpr const char* kEnd = CExportWriter::kLineEnd;
-  out << (*shaded ? "<tr class=wh>" : "<tr>") << kEnd << "<td>";
-  *shaded = !*shaded;
-  for (size_t i = 0; i < cells.size(); ++i) out << (i == 0 ? "" : "</td><td>") << cells[i];
-  out << "</td>" << kEnd << "</tr>" << kEnd;
-  out.EndRecord();
+void PutCsvHead(CExportWriter& out, std::span<const char* const> headings) {
+  for (size_t i = 0; i < headings.size(); ++i) out << (i == 0 ? "" : ";") << Quoted(headings[i]);
+  out << CExportWriter::kLineEnd;
 }
 
-void EndHtml(CExportWriter& out) {
-  out << "</table>" << CExportWriter::kLineEnd << "</body></html>" << CExportWriter::kLineEnd;
+// The pairs in the order of the model, each match once. `scoresOf` gives the fields of a pair.
+template <class Table, class ScoresOf>
+void ExportPairs(CExportWriter& out, const Table& table, std::span<const char* const> headings,
+                 ScoresOf scoresOf) {
+  PutCsvHead(out, headings);
+  table.ForEachMatch([&](const typename Table::PairData& pair) {
+    out << Quoted(pair.first->base->path) << ";" << Quoted(pair.second->base->path);
+    for (const std::string& score : scoresOf(pair.scores)) out << ";" << score;
+    out << CExportWriter::kLineEnd;
+    out.EndRecord();
+  });
 }
 
-// The pairs of a duplicates table in the order of the model, each match once.
-template <class Table, class CellsOf>
-void ExportPairs(CExportWriter& out, const Table& table, ExportKind kind, size_t columns,
-                 std::span<const char* const> headings, CellsOf cellsOf) {
-  if (kind == ExportKind::kCsv) {
-    table.ForEachMatch([&](const typename Table::PairData& pair) {
-      const Cells cells = cellsOf(pair);
-      out << "\"" << cells[0] << "\";\"" << cells[1] << "\"";
-      for (size_t i = 2; i < cells.size(); ++i) out << ";" << cells[i];
-      out << CExportWriter::kLineEnd;
-      out.EndRecord();
-    });
-  } else if (kind == ExportKind::kHtml) {
-    if (!BeginHtml(out, columns, headings)) return;
-    bool shaded = false;
-    table.ForEachMatch(
-        [&](const typename Table::PairData& pair) { PutHtml(out, cellsOf(pair), &shaded); });
-    EndHtml(out);
-  } else {
-    out.Refuse("this table has no such form");
-  }
+std::array<std::string, 3> AudioScores(const AudioDupsTraits::Scores& scores) {
+  using Traits = AudioDupsTraits;
+  return {Percent(scores[Traits::kContent]), Percent(scores[Traits::kTags]),
+          PrecisePercent(scores[Traits::kPrecise])};
+}
+
+void ExportAudioPage(CExportWriter& out, const CAudioDupsController& table) {
+  const CMatchGroups<CAudioDupsController> groups(table);
+  const auto scoresOf = [](const AudioDupsTraits::Scores& scores) {
+    using Traits = AudioDupsTraits;
+    return std::array{PageScore(scores[Traits::kContent]), PageScore(scores[Traits::kTags]),
+                      PageScore(scores[Traits::kPrecise])};
+  };
+  BeginPage(out, "Sounds that are alike", kAudioHeadings, 2);
+  (void)PutGroups(out, groups, kAudioHeadings.size(), scoresOf, [](uint32_t) { return true; });
+  EndPage(out);
 }
 
 void ExportList(CExportWriter& out, const CAudioDupsController& table) {
@@ -117,94 +107,82 @@ constexpr std::array<AnalysisColumn, 12> kAnalysisFields{{{FieldId::kSampleRate,
                                                           {FieldId::kClicks, false}}};
 
 void PutAnalysisLine(CExportWriter& out, const CAudioAnalysisController::ItemData& item) {
-  out << "\"" << item.base->path << "\";\"" << Percent(item.rating) << "\"";
+  out << Quoted(item.base->path) << ";" << Quoted(Percent(item.rating));
   for (const AnalysisColumn& column : kAnalysisFields) {
-    const char* const quote = column.quoted ? "\"" : "";
-    out << ";" << quote << AnalysisText(column.field, item.base.Get()) << quote;
+    const std::string text = AnalysisText(column.field, item.base.Get());
+    out << ";" << (column.quoted ? Quoted(text) : text);
   }
   out << CExportWriter::kLineEnd;
   out.EndRecord();
 }
 
-// The rating as it is, where CSV has it in percent.
-Cells AnalysisCells(const CAudioAnalysisController::ItemData& item) {
-  Cells cells{item.base->path, Score(item.rating)};
+std::vector<std::string> AnalysisCells(const CAudioAnalysisController::ItemData& item) {
+  std::vector<std::string> cells{HtmlPath(item.base->path), Score(item.rating)};
   for (const AnalysisColumn& column : kAnalysisFields)
-    cells.push_back(AnalysisText(column.field, item.base.Get()));
+    cells.push_back(HtmlText(AnalysisText(column.field, item.base.Get())));
   return cells;
 }
 
 }  // namespace
 
-ExportKind AudioDupsExportKind(std::string_view path) {
-  return path.ends_with(".m3u") ? ExportKind::kM3u : ImageDupsExportKind(path);
-}
-
-ExportKind ImageDupsExportKind(std::string_view path) {
-  return path.ends_with(".html") ? ExportKind::kHtml : ExportKind::kCsv;
-}
-
-ExportKind AnalysisExportKind(std::string_view path) {
-  return ImageDupsExportKind(path);
-}
-
-std::span<const char* const> AudioDupsHeadings() {
-  return kAudioHeadings;
-}
-
-std::span<const char* const> ImageDupsHeadings() {
-  return kImageHeadings;
-}
-
-std::span<const char* const> AnalysisHeadings() {
-  return kAnalysisHeadings;
+std::optional<ExportKind> ExportKindOf(std::string_view path) {
+  const std::string extension = LowerExtension(path);
+  if (extension == ".csv") return ExportKind::kCsv;
+  if (extension == ".html") return ExportKind::kHtml;
+  if (extension == ".m3u") return ExportKind::kM3u;
+  return std::nullopt;
 }
 
 bool Export(const CAudioDupsController& table, const std::string& path, ExportKind kind,
-            std::span<const char* const> headings, std::string* failure) {
+            std::string* failure) {
   CExportWriter out;
-  if (!out.Open(path)) return out.Finish(failure);
-  if (kind == ExportKind::kM3u) {
-    ExportList(out, table);
-  } else {
-    ExportPairs(
-        out, table, kind, kAudioColumns, headings, [](const CAudioDupsController::PairData& pair) {
-          using Traits = AudioDupsTraits;
-          return Cells{pair.first->base->path, pair.second->base->path,
-                       Percent(pair.scores[Traits::kContent]), Percent(pair.scores[Traits::kTags]),
-                       PrecisePercent(pair.scores[Traits::kPrecise])};
-        });
+  if (out.Open(path)) {
+    if (kind == ExportKind::kM3u) ExportList(out, table);
+    if (kind == ExportKind::kHtml) ExportAudioPage(out, table);
+    if (kind == ExportKind::kCsv) ExportPairs(out, table, kAudioHeadings, AudioScores);
   }
   return out.Finish(failure);
 }
 
 bool Export(const CImageDupsController& table, const std::string& path, ExportKind kind,
-            std::span<const char* const> headings, std::string* failure) {
+            std::string* failure) {
   CExportWriter out;
-  if (!out.Open(path)) return out.Finish(failure);
-  ExportPairs(out, table, kind, kImageColumns, headings,
-              [](const CImageDupsController::PairData& pair) {
-                using Traits = ImageDupsTraits;
-                return Cells{pair.first->base->path, pair.second->base->path,
-                             Percent(pair.scores[Traits::kContent]),
-                             Percent(pair.scores[Traits::kExperimental])};
-              });
+  if (out.Open(path)) {
+    if (kind != ExportKind::kCsv) out.Refuse(kNoSuchForm);
+    ExportPairs(out, table, kImageHeadings, [](const ImageDupsTraits::Scores& scores) {
+      using Traits = ImageDupsTraits;
+      return std::array{Percent(scores[Traits::kContent]), Percent(scores[Traits::kExperimental])};
+    });
+  }
   return out.Finish(failure);
 }
 
 bool Export(const CAudioAnalysisController& table, const std::string& path, ExportKind kind,
-            std::span<const char* const> headings, std::string* failure) {
+            std::string* failure) {
+  constexpr size_t kTexts = 1;
   CExportWriter out;
   if (!out.Open(path)) return out.Finish(failure);
-  if (kind == ExportKind::kM3u) out.Refuse("this table has no such form");
-  const bool html = kind == ExportKind::kHtml && BeginHtml(out, kAnalysisColumns, headings);
-  bool shaded = false;
+  if (kind == ExportKind::kM3u) out.Refuse(kNoSuchForm);
+  const bool html = kind == ExportKind::kHtml;
+  if (html) {
+    BeginPage(out, "Quality of sounds", kAnalysisHeadings, kTexts);
+    out << "<tbody>\n";
+  } else {
+    auto headings = kAnalysisHeadings;
+    headings[1] = kRatingInPercent;
+    PutCsvHead(out, headings);
+  }
   for (size_t row = 0; row < table.RowCount(); ++row) {
     const auto& item = *table.TableAt(static_cast<int32_t>(row));
-    if (html) PutHtml(out, AnalysisCells(item), &shaded);
-    if (kind == ExportKind::kCsv) PutAnalysisLine(out, item);
+    if (html)
+      PutRow(out, AnalysisCells(item), kTexts);
+    else
+      PutAnalysisLine(out, item);
   }
-  if (html) EndHtml(out);
+  if (html) {
+    EndGroup(out);
+    EndPage(out);
+  }
   return out.Finish(failure);
 }
 

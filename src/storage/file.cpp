@@ -26,6 +26,9 @@ bool CFile::Open(const std::string& path, int32_t mode) {
     case kTruncate:
       flags = O_WRONLY | O_CREAT | O_TRUNC;
       break;
+    case kNew:
+      flags = O_WRONLY | O_CREAT | O_EXCL;
+      break;
     default:
       return false;
   }

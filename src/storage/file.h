@@ -15,6 +15,7 @@ class CFile {
     kWrite = 2,      // write only, created if missing
     kReadWrite = 3,  // read and write, created if missing
     kTruncate = 4,   // write only, created if missing, emptied
+    kNew = 5,        // write only, the file must not exist
   };
 
   CFile() = default;

@@ -90,7 +90,7 @@ QList<QPair<QString, QString>> TDXAudioDupsView::ExportFormats() const {
 
 QString TDXAudioDupsView::ExportFile(const std::string& path) {
   std::string failure;
-  (void)Export(m_controller, path, AudioDupsExportKind(path), AudioDupsHeadings(), &failure);
+  (void)Export(m_controller, path, ExportKindOf(path).value_or(ExportKind::kCsv), &failure);
   return ShownPath(failure);
 }
 

@@ -11,6 +11,7 @@
 #include "results/file_operations.h"
 #include "ui/images/image_dups_model.h"
 #include "ui/images/image_preview_view.h"
+#include "ui/images/picture_export.h"
 #include "ui/marking/automark_window.h"
 #include "ui/table/table_view.h"
 #include "ui/widgets/path_text.h"
@@ -80,7 +81,9 @@ QList<QPair<QString, QString>> TDXImageDupsView::ExportFormats() const {
 
 QString TDXImageDupsView::ExportFile(const std::string& path) {
   std::string failure;
-  (void)Export(m_controller, path, ImageDupsExportKind(path), ImageDupsHeadings(), &failure);
+  const ExportKind kind = ExportKindOf(path).value_or(ExportKind::kCsv);
+  if (kind == ExportKind::kHtml) return ExportPicturePage(window(), m_controller, path);
+  (void)Export(m_controller, path, kind, &failure);
   return ShownPath(failure);
 }
 

@@ -32,7 +32,7 @@ QList<QPair<QString, QString>> TDXAudioAnalysisView::ExportFormats() const {
 
 QString TDXAudioAnalysisView::ExportFile(const std::string& path) {
   std::string failure;
-  (void)Export(m_controller, path, AnalysisExportKind(path), AnalysisHeadings(), &failure);
+  (void)Export(m_controller, path, ExportKindOf(path).value_or(ExportKind::kCsv), &failure);
   return ShownPath(failure);
 }
 

@@ -33,8 +33,9 @@ class CResultsView : public QWidget {
   virtual void ActionClear() = 0;
   // Formats of an export, the first being the default: pairs of extension and name.
   [[nodiscard]] virtual QList<QPair<QString, QString>> ExportFormats() const = 0;
-  // By the extension of the path, which is bytes of the file system. A failure is told to the user
-  // by the caller: empty when all has been written.
+  // By the extension of the path, which is bytes of the file system; CSV for one that is none of
+  // the formats. A failure is told to the user by the caller: empty when all has been written, and
+  // when the user has stopped it.
   [[nodiscard]] virtual QString ExportFile(const std::string& path) = 0;
   // Columns: order, widths, visibility, sort mark. Kept by the main window over runs.
   [[nodiscard]] virtual QByteArray SaveColumns() const = 0;

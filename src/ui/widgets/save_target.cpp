@@ -22,6 +22,10 @@ bool MayReplace(QWidget* parent, const QString& path) {
   return box.clickedButton() == replace;
 }
 
+bool HasEnding(const QString& path, const QString& extension) {
+  return path.endsWith('.' + extension, Qt::CaseInsensitive);
+}
+
 }  // namespace
 
 QString NameFilter(const QString& extension, const QString& name) {
@@ -43,9 +47,10 @@ QString ChooseSaveTarget(QWidget* parent, const QString& title, const QString& s
   if (!proposal.isDir()) dialog.selectFile(proposal.fileName());
   while (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty()) {
     const qsizetype format = filters.indexOf(dialog.selectedNameFilter());
-    const QString suffix = '.' + formats.at(std::max<qsizetype>(0, format)).first;
     QString path = dialog.selectedFiles().first();
-    if (!path.endsWith(suffix)) path += suffix;
+    const bool named = std::any_of(formats.begin(), formats.end(),
+                                   [&](const auto& known) { return HasEnding(path, known.first); });
+    if (!named) path += '.' + formats.at(std::max<qsizetype>(0, format)).first;
     if (!QFileInfo::exists(path) || MayReplace(parent, path)) return path;
   }
   return {};

@@ -210,7 +210,9 @@ TEST_F(ResultsViewsTest, ExportTellsWhyItFailed) {
   EXPECT_EQ(audio->ExportFile(m_results.folder / "out.m3u"), "");
   EXPECT_NE(audio->ExportFile(m_results.folder / "missing/out.csv"), "");
   EXPECT_EQ(image->ExportFile(m_results.folder / "out.csv"), "");
-  EXPECT_NE(image->ExportFile(m_results.folder / "out.html"), "");
+  EXPECT_EQ(image->ExportFile(m_results.folder / "out.html"), "");
+  EXPECT_NE(test::ReadAll(m_results.folder / "out.html").find("cannot be read"), std::string::npos);
+  EXPECT_NE(image->ExportFile(m_results.folder / "missing/out.html"), "");
   EXPECT_EQ(image->ExportFormats().size(), 2);
 }
 
