@@ -94,6 +94,7 @@ TDXAppDelegate::~TDXAppDelegate() {
 
 void TDXAppDelegate::AwakeFromNib() {
   CConfiguration& configuration = CConfiguration::Instance();
+  RenameOldSettings(configuration);
   configuration.Register(DefaultsGeneral());
   configuration.Register(DefaultsMiscellaneous());
   configuration.Register(DefaultsOpenCl());

@@ -135,6 +135,13 @@ void CConfiguration::Remove(std::string_view key) {
   if (m_store != nullptr) m_store->Remove(key);
 }
 
+void CConfiguration::Rename(std::string_view from, std::string_view to) {
+  const auto value = Get(from);
+  if (!value) return;
+  if (!Get(to)) Set(to, *value);
+  Remove(from);
+}
+
 void CConfiguration::Register(const CSettingDefaults& defaults) {
   if (m_store != nullptr) m_store->Register(defaults);
 }

@@ -44,6 +44,9 @@ class CConfiguration {
   [[nodiscard]] bool GetBytes(std::string_view key, CByteBlock* bytes) const;
   void SetBytes(std::string_view key, const CByteBlock& bytes);
   void Remove(std::string_view key);
+  // A value under an old name becomes that of the new one, unless that has its own already. Before
+  // defaults are registered.
+  void Rename(std::string_view from, std::string_view to);
   void Register(const CSettingDefaults& defaults);
 
   // The folder, or the full path of `fileName` in it. The folder is made with all intermediates on

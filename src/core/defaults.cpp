@@ -1,5 +1,7 @@
 #include "core/defaults.h"
 
+#include "core/configuration.h"
+
 namespace quill {
 
 const CSettingDefaults& DefaultsGeneral() {
@@ -9,7 +11,7 @@ const CSettingDefaults& DefaultsGeneral() {
       {"enableAudioPrecise", true},      {"valueAudioPrecise", 0.5},
       {"enableImageContent", true},      {"valueImageContent", 0.75},
       {"enableImageExperimental", true}, {"valueImageExperimental", 0.75},
-      {"enableDurationCheck", true},     {"valueDurationCheck", 0.7},
+      {"enableAudioDuration", true},     {"valueAudioDuration", 0.7},
       {"enableSkipVideo", true},
   };
   return defaults;
@@ -17,9 +19,8 @@ const CSettingDefaults& DefaultsGeneral() {
 
 const CSettingDefaults& DefaultsMiscellaneous() {
   static const CSettingDefaults defaults{
-      {"enableMoveFolder", false},      {"enableDeletionConfirmation", true},
-      {"enableCheckUpdates", true},     {"enableThreadLimit", false},
-      {"valueThreadLimit", int32_t{1}}, {"enableFlatMode", false},
+      {"enableMoveFolder", false},  {"enableDeletionConfirmation", true}, {"checkUpdate", true},
+      {"enableThreadLimit", false}, {"valueThreadLimit", int32_t{1}},     {"enableFlatMode", false},
       {"useInternalPlayer", true},
   };
   return defaults;
@@ -31,6 +32,13 @@ const CSettingDefaults& DefaultsOpenCl() {
       {"valueOpenCLWorkSize", int32_t{64}},
   };
   return defaults;
+}
+
+void RenameOldSettings(CConfiguration& configuration) {
+  // The preferences wrote these names of the duration check, which no scan read.
+  configuration.Rename("enableDurationCheck", "enableAudioDuration");
+  configuration.Rename("valueDurationCheck", "valueAudioDuration");
+  configuration.Rename("enableCheckUpdates", "checkUpdate");
 }
 
 }  // namespace quill

@@ -112,17 +112,28 @@ TEST_F(ConfigurationTest, RegisteredValuesWinOverDifferentFallbacks) {
   EXPECT_EQ(m_configuration.GetInteger("valueThreadLimit", 0), 1);
   EXPECT_EQ(m_configuration.GetInteger("valueOpenCLWorkSize", 0), 64);
   EXPECT_EQ(m_configuration.GetFloat("valueAudioPrecise", 0), 0.5f);
-  // The engines' keys stand beside those of the window and are in no group.
-  EXPECT_FALSE(m_configuration.GetBool("enableAudioDuration", false));
-  EXPECT_FALSE(m_configuration.GetBool("checkUpdate", false));
+  EXPECT_TRUE(m_configuration.GetBool("enableAudioDuration", false));
+  EXPECT_TRUE(m_configuration.GetBool("checkUpdate", false));
+}
+
+TEST_F(ConfigurationTest, OldNamesGiveWayToNewOnes) {
+  m_configuration.SetBool("enableDurationCheck", false);
+  m_configuration.SetFloat("valueDurationCheck", 0.25F);
+  m_configuration.SetFloat("valueAudioDuration", 0.5F);
+  RenameOldSettings(m_configuration);
+  m_configuration.Register(DefaultsGeneral());
+  EXPECT_FALSE(m_configuration.GetBool("enableAudioDuration", true));
+  EXPECT_EQ(m_configuration.GetFloat("valueAudioDuration", 0), 0.5F) << "the new name's own stays";
+  EXPECT_EQ(m_configuration.GetString("enableDurationCheck", "gone"), "gone");
+  EXPECT_EQ(m_configuration.GetString("valueDurationCheck", "gone"), "gone");
 }
 
 TEST_F(ConfigurationTest, ResetOfAGroupLeavesOtherKeys) {
   m_configuration.Register(DefaultsGeneral());
-  m_configuration.SetBool("enableAudioDuration", false);
+  m_configuration.SetBool("enableFlatMode", true);
   m_configuration.SetFloat("valueAudioTags", 0.25f);
   for (const auto& [key, value] : DefaultsGeneral()) m_configuration.Remove(key);
-  EXPECT_FALSE(m_configuration.GetBool("enableAudioDuration", true));
+  EXPECT_TRUE(m_configuration.GetBool("enableFlatMode", false));
   EXPECT_EQ(m_configuration.GetFloat("valueAudioTags", 0), 0.75f);
 }
 

@@ -98,8 +98,8 @@ void CGeneralPage::AddDuration(QGridLayout* grid) {
     part->setEnabled(false);
     connect(check, &QCheckBox::toggled, part, &QWidget::setEnabled);
   }
-  Bind(check, "enableDurationCheck");
-  Bind(slider, "valueDurationCheck");
+  Bind(check, "enableAudioDuration");
+  Bind(slider, "valueAudioDuration");
   const int row = grid->rowCount();
   grid->addWidget(check, row, 0);
   grid->addWidget(slider, row, 1);

@@ -127,7 +127,7 @@ TEST_F(PreferencesWindowTest, OpeningAndClosingStoresNothingButTheDecoders) {
   EXPECT_EQ(CDecoderTable::Instance().Generation(), generation);
   EXPECT_TRUE(m_store.Get("audioDecoders"));
   // What is not stored follows the registered layer.
-  for (const char* const key : {"enableAudioTags", "valueThreadLimit", "enableDurationCheck"}) {
+  for (const char* const key : {"enableAudioTags", "valueThreadLimit", "enableAudioDuration"}) {
     m_store.Register({{key, std::string("registered")}});
     EXPECT_EQ(CConfiguration::Instance().GetString(key, ""), "registered") << key;
   }
@@ -155,14 +155,11 @@ TEST_F(PreferencesWindowTest, ControlsShowAndWriteTheirSettingsAtOnce) {
   EXPECT_TRUE(Bool("enableThreadLimit"));
   EXPECT_EQ(configuration.GetInteger("valueThreadLimit", 0), 7);
 
-  // The engines' own names of the duration check are nobody's but theirs.
   Button("Duration")->click();
   Named<QSlider>("Duration")->setValue(50);
-  EXPECT_FALSE(Bool("enableDurationCheck"));
-  EXPECT_EQ(configuration.GetFloat("valueDurationCheck", 0), 0.5F);
+  EXPECT_FALSE(configuration.GetBool("enableAudioDuration", true));
+  EXPECT_EQ(configuration.GetFloat("valueAudioDuration", 0), 0.5F);
   EXPECT_TRUE(Named<QSlider>("Duration")->accessibleDescription().endsWith("1:30 - 6:00"));
-  EXPECT_FALSE(m_store.Get("enableAudioDuration"));
-  EXPECT_FALSE(m_store.Get("valueAudioDuration"));
 }
 
 TEST_F(PreferencesWindowTest, AResetConcernsOnePage) {
@@ -174,7 +171,7 @@ TEST_F(PreferencesWindowTest, AResetConcernsOnePage) {
   Button("Restore Defaults")->click();
   EXPECT_EQ(Named<QDoubleSpinBox>("Tags")->value(), 75);
   EXPECT_EQ(CConfiguration::Instance().GetFloat("valueAudioTags", 0), 0.75F);
-  EXPECT_FALSE(CConfiguration::Instance().GetBool("enableAudioDuration", true));
+  EXPECT_TRUE(Bool("enableAudioDuration"));
   EXPECT_TRUE(Bool("enableFlatMode"));
   m_pages->setCurrentRow(2);
   Button("Restore Defaults")->click();
