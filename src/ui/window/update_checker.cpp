@@ -46,7 +46,7 @@ bool TDXUpdateChecker::BeginRequest(std::function<void(UpdateResult)> done) {
   m_done = std::move(done);
   // The first check of an installation says that it is one.
   const bool first = CConfiguration::Instance().GetInteger(kLastKey, 0) == 0;
-  QNetworkRequest request(QUrl(Address() + (first ? "/version?mac&new" : "/version?mac")));
+  QNetworkRequest request(QUrl(Address() + (first ? "/version?linux&new" : "/version?linux")));
   request.setRawHeader("User-Agent",
                        QByteArray::fromStdString("Quillmarsh/" + VersionText(OwnVersion())));
   request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,

@@ -96,14 +96,14 @@ TEST_F(UpdateCheckTest, SaysWhoAsksAndFollowsRedirects) {
   });
   EXPECT_EQ(Check(first.Address()), 1);
   ASSERT_EQ(first.m_requests.size(), 1);
-  EXPECT_TRUE(first.m_requests[0].startsWith("GET /version?mac&new HTTP/1.1\r\n"));
+  EXPECT_TRUE(first.m_requests[0].startsWith("GET /version?linux&new HTTP/1.1\r\n"));
   // The names of headers have no case.
   EXPECT_TRUE(first.m_requests[0].toLower().contains(
       "\r\nuser-agent: quillmarsh/" + QByteArray::fromStdString(VersionText(OwnVersion())) +
       "\r\n"));
   EXPECT_TRUE(last.m_requests[0].startsWith("GET /there HTTP/1.1\r\n"));
   EXPECT_EQ(Check(first.Address()), 1);
-  EXPECT_TRUE(first.m_requests[1].startsWith("GET /version?mac HTTP/1.1\r\n"))
+  EXPECT_TRUE(first.m_requests[1].startsWith("GET /version?linux HTTP/1.1\r\n"))
       << "only the first check of an installation announces itself";
 }
 
