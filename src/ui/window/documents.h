@@ -18,6 +18,9 @@ class CDocuments {
   CDocuments(QWidget* window, TDXAppDelegate& delegate) : m_window(window), m_delegate(delegate) {}
 
   void FileOpen();
+  // There are results, or a file to hold even none.
+  [[nodiscard]] bool CanSave() const;
+  // To the file at hand; asks for one when there is none.
   void FileSave();
   void FileSaveAs();
   // The results of one tab as text.

@@ -261,6 +261,7 @@ void TDXMainWindow::ShowProgress(const ProgressDisplay& progress) {
 
 void TDXMainWindow::ReloadView(ResultsTab tab) {
   if (CResultsView* view = m_views[Index(tab)]) view->ReloadView();
+  UpdateActions();
 }
 
 void TDXMainWindow::ShowBadge(uint32_t count) {
@@ -332,7 +333,7 @@ void TDXMainWindow::UpdateActions() {
   m_stop->setEnabled(m_delegate->CanStop());
   m_findDuplicates->setEnabled(m_delegate->CanBegin());
   m_analyse->setEnabled(m_delegate->CanBegin());
-  m_save->setEnabled(!m_documents->OpenedFile().empty());
+  m_save->setEnabled(m_documents->CanSave());
   m_export->setEnabled(PresentView() != nullptr);
   m_selectAll->setEnabled(PresentView() != nullptr);
   m_modeDuplicates->setChecked(duplicates);
@@ -348,7 +349,7 @@ void TDXMainWindow::UpdateAllActions() {
   if (!m_folders || !m_actionMenu) return;
   UpdateActions();
   SetTip(m_save, m_documents->OpenedFile().empty()
-                     ? tr("Write the results to the file they were last opened from or saved to")
+                     ? tr("Write the results to a file")
                      : tr("Write the results to “%1”").arg(ShownPath(m_documents->OpenedFile())));
   if (CResultsView* view = PresentView())
     view->UpdateActions();

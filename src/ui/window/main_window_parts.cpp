@@ -105,7 +105,10 @@ void TDXMainWindow::ConnectActions() {
     m_documents->FileOpen();
     UpdateAllActions();
   });
-  connect(m_save, &QAction::triggered, this, [this] { m_documents->FileSave(); });
+  connect(m_save, &QAction::triggered, this, [this] {
+    m_documents->FileSave();
+    UpdateAllActions();
+  });
   connect(m_saveAs, &QAction::triggered, this, [this] {
     m_documents->FileSaveAs();
     UpdateAllActions();

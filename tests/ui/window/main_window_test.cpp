@@ -145,6 +145,7 @@ TEST_F(MainWindowTest, ScansSavesOpensAndExports) {
   EXPECT_TRUE(status.contains("New: 24/24")) << status.join('|').toStdString();
 
   Action("tabAudio")->trigger();
+  EXPECT_TRUE(IsEnabled("save"));
   const auto* table = m_window->findChild<QStackedWidget*>()->currentWidget();
   EXPECT_EQ(table->findChild<QTableView*>()->model()->rowCount(), static_cast<int>(2 * kCount));
   EXPECT_TRUE(IsEnabled("export"));
@@ -152,13 +153,17 @@ TEST_F(MainWindowTest, ScansSavesOpensAndExports) {
     CDialogDriver dialogs;
     dialogs.ChooseFile(m_data / "march.2024");
     Action("export")->trigger();
+    // The name that was typed decides, and not the format that is chosen.
+    dialogs.ChooseFile(m_data / "march.HTML");
+    Action("export")->trigger();
     dialogs.ChooseFile(m_data / "march.2024");
-    Action("saveAs")->trigger();
+    Action("save")->trigger();
   }
+  EXPECT_EQ(test::ReadAll(m_data / "march.HTML").find("<!DOCTYPE html>"), 0U);
   EXPECT_NE(test::ReadAll(m_data / "march.2024.csv").find(MusicFolder() + "/a/otter.wav"),
             std::string::npos);
   const std::string results = m_data / "march.2024.quillmarsh";
-  EXPECT_TRUE(CResultsJournal::IsResultsFile(results));
+  EXPECT_TRUE(CResultsJournal::IsResultsFile(results)) << "a first save asks for the name";
   EXPECT_TRUE(IsEnabled("save"));
 
   Delegate().AudioDups().Clear();
@@ -278,6 +283,7 @@ TEST_F(MainWindowTest, PausesContinuesAndStops) {
   const QStringList status = m_window->findChild<TDXStatusView*>()->Texts();
   EXPECT_TRUE(status.at(2).startsWith("Stopped: ")) << status.join('|').toStdString();
   EXPECT_NE(status.at(3), "100.0%");
+  QCoreApplication::processEvents();
   Scan();
   ASSERT_TRUE(ScanEnds());
   EXPECT_EQ(Pairs(), kCount) << "a new scan begins afresh";
@@ -336,6 +342,29 @@ TEST_F(MainWindowTest, LeavesForeignFilesAlone) {
   dialogs.Do([](QWidget* dialog) { dialog->close(); });
   Action("export")->trigger();
   EXPECT_EQ(test::ReadAll(list), "mine");
+}
+
+TEST_F(MainWindowTest, ProposesAFolderThatIsThereAndAName) {
+  const test::CTempFolder home;
+  const QByteArray before = qgetenv("HOME");
+  qputenv("HOME", QByteArray::fromStdString(home.Path()));
+  Open();
+  Action("tabImages")->trigger();
+  const auto trigger = [&](const char* action, const std::string& folder, const char* name) {
+    CDialogDriver dialogs;
+    dialogs.Do([&](QWidget* widget) {
+      auto* const dialog = qobject_cast<QFileDialog*>(widget);
+      ASSERT_TRUE(dialog);
+      EXPECT_EQ(dialog->directory().path().toStdString(), folder);
+      EXPECT_EQ(dialog->findChild<QLineEdit*>()->text(), name);
+      dialog->close();
+    });
+    Action(action)->trigger();
+  };
+  trigger("export", home.Path(), "Image duplicates");
+  std::filesystem::create_directory(home / "Documents");
+  trigger("saveAs", home / "Documents", "Quillmarsh results");
+  qputenv("HOME", before);
 }
 
 TEST_F(MainWindowTest, ComesBackAsItWas) {
