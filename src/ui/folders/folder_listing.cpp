@@ -44,11 +44,11 @@ void SortByName(FolderEntries* entries) {
 
 }  // namespace
 
-FolderEntries ListFolder(const std::string& path, Listing listing) {
+std::optional<FolderEntries> ListFolder(const std::string& path, Listing listing) {
   FolderEntries entries;
   DIR* const folder = opendir(path.c_str());
-  if (folder == nullptr) return entries;
-  while (const dirent* const read = readdir(folder)) {
+  if (folder == nullptr) return std::nullopt;
+  while (const dirent* const read = listing == Listing::kPresence ? nullptr : readdir(folder)) {
     if (read->d_name[0] == '.') continue;
     FolderEntry entry{.name = read->d_name, .isFolder = read->d_type == DT_DIR};
     if (listing == Listing::kDetails || read->d_type == DT_UNKNOWN) {
@@ -76,7 +76,9 @@ CFolderLister::~CFolderLister() {
 
 void CFolderLister::Request(std::string path, Listing listing, Done done) {
   const auto work = [this, path = std::move(path), listing, done = std::move(done)] {
-    auto entries = std::make_shared<const FolderEntries>(ListFolder(path, listing));
+    std::shared_ptr<const FolderEntries> entries;
+    if (std::optional<FolderEntries> listed = ListFolder(path, listing))
+      entries = std::make_shared<const FolderEntries>(std::move(*listed));
     const CSyncLock lock(m_sync);
     m_results.emplace_back(done, std::move(entries));
     if (m_results.size() == 1)

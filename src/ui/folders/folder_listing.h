@@ -8,6 +8,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,16 +28,18 @@ struct FolderEntry {
 using FolderEntries = std::vector<FolderEntry>;
 
 enum class Listing {
-  kFolders,  // subfolders only; needs no look at each file
-  kDetails   // everything, with sizes and times
+  kPresence,  // nothing: only whether the folder can be read
+  kFolders,   // subfolders only; needs no look at each file
+  kDetails    // everything, with sizes and times
 };
 
-// Hidden entries are left out; a link is a file, as scans do not follow it. A folder that cannot be
-// read gives nothing. Any thread.
-[[nodiscard]] FolderEntries ListFolder(const std::string& path, Listing listing);
+// Hidden entries are left out; a link is a file, as scans do not follow it. Nothing for a folder
+// that cannot be read. Any thread.
+[[nodiscard]] std::optional<FolderEntries> ListFolder(const std::string& path, Listing listing);
 
 class CFolderLister : public QObject {
  public:
+  // Null for a folder that cannot be read.
   using Done = std::function<void(const std::shared_ptr<const FolderEntries>& entries)>;
 
   CFolderLister();

@@ -1,12 +1,15 @@
 #include "ui/folders/folder_tree_model.h"
 
 #include <QFileIconProvider>
+#include <QGuiApplication>
+#include <QPalette>
 #include <algorithm>
 #include <functional>
 #include <string_view>
 #include <unordered_set>
 
 #include "results/path_parts.h"
+#include "ui/widgets/icons.h"
 #include "ui/widgets/path_text.h"
 
 namespace quill {
@@ -21,7 +24,8 @@ std::string Joined(const std::string& folder, const std::string& name) {
 CFolderTreeModel::CFolderTreeModel(CFolderLister& lister, QObject* parent)
     : QAbstractItemModel(parent),
       m_lister(lister),
-      m_icon(QFileIconProvider().icon(QFileIconProvider::Folder)) {}
+      m_icon(QFileIconProvider().icon(QFileIconProvider::Folder)),
+      m_awayIcon(Icon("folder-away")) {}
 
 CFolderTreeModel::~CFolderTreeModel() = default;
 
@@ -90,6 +94,49 @@ QModelIndex CFolderTreeModel::Child(const QModelIndex& parent, const std::string
   return {};
 }
 
+void CFolderTreeModel::LookAgain() {
+  for (const auto& folder : m_root.childs) {
+    if (folder->look != 0) continue;
+    folder->look = ++m_lastListing;
+    m_listings.emplace(folder->look, folder.get());
+    m_lister.Request(folder->path, Listing::kPresence,
+                     [this, id = folder->look](const auto& entries) {
+                       const auto found = m_listings.find(id);
+                       if (found == m_listings.end()) return;
+                       TDXFolder* const looked = found->second;
+                       m_listings.erase(found);
+                       looked->look = 0;
+                       SetAway(looked, entries == nullptr);
+                     });
+  }
+}
+
+std::vector<std::string> CFolderTreeModel::LookNow() {
+  std::vector<std::string> away;
+  for (const auto& folder : m_root.childs) {
+    SetAway(folder.get(), !ListFolder(folder->path, Listing::kPresence));
+    if (folder->away) away.push_back(folder->path);
+  }
+  return away;
+}
+
+bool CFolderTreeModel::IsAway(const QModelIndex& index) const {
+  const TDXFolder* folder = Folder(index);
+  while (folder->parent && folder->parent != &m_root) folder = folder->parent;
+  return folder->away;
+}
+
+void CFolderTreeModel::SetAway(TDXFolder* folder, bool away) {
+  if (folder->away == away) return;
+  folder->away = away;
+  const QModelIndex index = IndexOf(*folder);
+  TakeEntries(index, {});
+  folder->listed = false;
+  if (!away) List(folder);
+  emit dataChanged(index, index.siblingAtColumn(kGroup));
+  emit AwayChanged(index);
+}
+
 void CFolderTreeModel::ListChildren(const QModelIndex& index) {
   for (const auto& child : Folder(index)->childs) List(child.get());
 }
@@ -151,15 +198,24 @@ int CFolderTreeModel::columnCount(const QModelIndex&) const {
 QVariant CFolderTreeModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid()) return {};
   const TDXFolder& folder = *Folder(index);
-  if (role == Qt::ToolTipRole) return ShownPath(folder.path);
+  if (role == Qt::ToolTipRole) {
+    const QString path = ShownPath(folder.path);
+    return folder.away ? path + '\n' +
+                             tr("This folder is away: it is not there, or cannot be read. Scans "
+                                "leave it out until it is back.")
+                       : path;
+  }
+  if (role == Qt::ForegroundRole && IsAway(index))
+    return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
   if (index.column() == kGroup) {
     if (role != Qt::DisplayRole || !IsTop(index)) return {};
     return folder.groupId == 0 ? QStringLiteral("-") : QStringLiteral("#%1").arg(folder.groupId);
   }
-  if (role == Qt::DecorationRole) return m_icon;
+  if (role == Qt::DecorationRole) return folder.away ? m_awayIcon : m_icon;
   if (role != Qt::DisplayRole) return {};
   const std::string name(NamePart(folder.path));
-  return ShownPath(name.empty() ? folder.path : name);
+  const QString shown = ShownPath(name.empty() ? folder.path : name);
+  return folder.away ? tr("%1 (away)").arg(shown) : shown;
 }
 
 QVariant CFolderTreeModel::headerData(int section, Qt::Orientation orientation, int role) const {
@@ -186,7 +242,10 @@ void CFolderTreeModel::List(TDXFolder* folder) {
                      TDXFolder* const listed = found->second;
                      m_listings.erase(found);
                      listed->listing = 0;
-                     if (!listed->listed) TakeEntries(IndexOf(*listed), *entries);
+                     if (entries == nullptr && listed->parent == &m_root)
+                       SetAway(listed, true);
+                     else if (!listed->listed)
+                       TakeEntries(IndexOf(*listed), entries ? *entries : FolderEntries());
                    });
 }
 
@@ -211,6 +270,7 @@ void CFolderTreeModel::RemoveRow(TDXFolder* parent, size_t row) {
 
 void CFolderTreeModel::ForgetListings(const TDXFolder& folder) {
   m_listings.erase(folder.listing);
+  m_listings.erase(folder.look);
   for (const auto& child : folder.childs) ForgetListings(*child);
 }
 

@@ -1,6 +1,7 @@
 // The tree of folders to scan: the chosen ones at the top, each with its group, and what lies below
 // for looking around. Subfolders are read when their parent's row comes on show, off the main
-// thread, so that a row has its triangle only where there is something to open. Main thread.
+// thread, so that a row has its triangle only where there is something to open. A chosen folder
+// that cannot be read is away, as on a disk that is not plugged in: it keeps its row. Main thread.
 #pragma once
 
 #include <QAbstractItemModel>
@@ -22,7 +23,9 @@ struct TDXFolder {
   TDXFolder* parent = nullptr;
   int row = 0;
   uint64_t listing = 0;  // the one that is under way, 0 for none
+  uint64_t look = 0;     // likewise, for its presence
   bool listed = false;
+  bool away = false;  // of top-level rows only
   std::vector<std::unique_ptr<TDXFolder>> childs;
 };
 
@@ -54,6 +57,13 @@ class CFolderTreeModel : public QAbstractItemModel {
   // The row of a folder below `parent`, if it is known.
   [[nodiscard]] QModelIndex Child(const QModelIndex& parent, const std::string& name) const;
 
+  // Finds out which of the chosen folders are away: later, off the main thread.
+  void LookAgain();
+  // At once; gives the paths of those that are.
+  std::vector<std::string> LookNow();
+  // Of the chosen folder that the row belongs to.
+  [[nodiscard]] bool IsAway(const QModelIndex& index) const;
+
   // The rows below `index` are on show now: finds out what lies in each.
   void ListChildren(const QModelIndex& index);
   // What has been read of a folder: its rows follow, those that stay being left as they are.
@@ -70,11 +80,14 @@ class CFolderTreeModel : public QAbstractItemModel {
  signals:
   // Folders have come, gone or changed their group.
   void ListChanged();
+  // A folder has gone away or come back.
+  void AwayChanged(const QModelIndex& index);
 
  private:
   [[nodiscard]] TDXFolder* Folder(const QModelIndex& index) const;
   [[nodiscard]] QModelIndex IndexOf(const TDXFolder& folder) const;
   void List(TDXFolder* folder);
+  void SetAway(TDXFolder* folder, bool away);
   void Insert(TDXFolder* parent, size_t row, std::string path, uint8_t groupId);
   void RemoveRow(TDXFolder* parent, size_t row);
   void ForgetListings(const TDXFolder& folder);
@@ -84,6 +97,7 @@ class CFolderTreeModel : public QAbstractItemModel {
   std::unordered_map<uint64_t, TDXFolder*> m_listings;  // under way
   uint64_t m_lastListing = 0;
   QIcon m_icon;
+  QIcon m_awayIcon;
 };
 
 }  // namespace quill

@@ -1,11 +1,10 @@
 #include "ui/folders/folders_view.h"
 
-#include <unistd.h>
-
 #include <QAction>
 #include <QActionGroup>
 #include <QDataStream>
 #include <QDesktopServices>
+#include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
@@ -15,7 +14,7 @@
 #include <QTreeView>
 #include <QUrl>
 #include <QVBoxLayout>
-#include <filesystem>
+#include <algorithm>
 
 #include "app/app_delegate.h"
 #include "core/configuration.h"
@@ -65,11 +64,6 @@ QToolButton* MakeButton(QAction* action) {
   return button;
 }
 
-bool IsReadableFolder(const std::string& path) {
-  std::error_code fault;
-  return std::filesystem::is_directory(path, fault) && access(path.c_str(), R_OK | X_OK) == 0;
-}
-
 }  // namespace
 
 TDXFoldersView::TDXFoldersView(TDXAppDelegate& delegate, QWidget* parent)
@@ -93,6 +87,7 @@ TDXFoldersView::TDXFoldersView(TDXAppDelegate& delegate, QWidget* parent)
     UpdateActions();
     emit ListChanged();
   });
+  connect(m_foldersTree, &CFolderTreeModel::AwayChanged, this, &TDXFoldersView::AwayChanged);
   connect(m_foldersView, &QTreeView::expanded, m_foldersTree, &CFolderTreeModel::ListChildren);
   connect(m_foldersView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
           &TDXFoldersView::SelectionChanged);
@@ -118,9 +113,18 @@ TDXFoldersView::~TDXFoldersView() = default;
 void TDXFoldersView::LoadList() {
   std::vector<std::string> setting;
   if (!CConfiguration::Instance().GetList(kSettingKey, &setting)) return;
-  for (const TDXSelectedFolder& folder : FoldersFromSetting(setting)) {
-    if (IsReadableFolder(folder.path)) AddNewPath(folder.path, folder.groupId);
-  }
+  for (const TDXSelectedFolder& folder : FoldersFromSetting(setting))
+    AddNewPath(folder.path, folder.groupId);
+}
+
+std::vector<std::string> TDXFoldersView::LookNow() {
+  return m_foldersTree->LookNow();
+}
+
+bool TDXFoldersView::event(QEvent* event) {
+  if (event->type() == QEvent::WindowActivate || event->type() == QEvent::Show)
+    m_foldersTree->LookAgain();
+  return QWidget::event(event);
 }
 
 bool TDXFoldersView::HasSelection() const {
@@ -128,9 +132,14 @@ bool TDXFoldersView::HasSelection() const {
 }
 
 std::vector<TDXSelectedFolder> TDXFoldersView::UnloadList() {
-  std::vector<TDXSelectedFolder> folders = m_foldersTree->Folders();
+  const std::vector<TDXSelectedFolder> folders = m_foldersTree->Folders();
   CConfiguration::Instance().SetList(kSettingKey, FoldersToSetting(folders));
-  return folders;
+  std::vector<TDXSelectedFolder> present;
+  for (size_t row = 0; row < folders.size(); ++row) {
+    if (!m_foldersTree->IsAway(m_foldersTree->index(static_cast<int>(row), 0, {})))
+      present.push_back(folders[row]);
+  }
+  return present;
 }
 
 void TDXFoldersView::AddNewPath(const std::string& path, uint8_t groupId) {
@@ -155,7 +164,8 @@ void TDXFoldersView::UpdateActions() {
   m_group->setEnabled(!tops.isEmpty());
   m_clear->setEnabled(HasSelection());
   m_analyseFiles->setEnabled(m_filesView->selectionModel()->hasSelection());
-  m_analyseFolders->setEnabled(!rows.isEmpty());
+  m_analyseFolders->setEnabled(std::any_of(
+      rows.begin(), rows.end(), [this](const auto& row) { return !m_foldersTree->IsAway(row); }));
   for (QAction* const choice : m_groupMenu->actions()) {
     bool common = !tops.isEmpty();
     for (const QModelIndex& row : tops)
@@ -314,7 +324,7 @@ void TDXFoldersView::AnalyseSelectedFiles() {
 void TDXFoldersView::AnalyseSelectedFolders() {
   std::vector<std::string> folders;
   for (const QModelIndex& row : m_foldersView->selectionModel()->selectedRows())
-    folders.push_back(m_foldersTree->Path(row));
+    if (!m_foldersTree->IsAway(row)) folders.push_back(m_foldersTree->Path(row));
   m_delegate.AnalyseFolders(folders);
 }
 
@@ -350,14 +360,30 @@ void TDXFoldersView::SelectionChanged() {
   const uint64_t shown = ++m_shown;
   if (!folder.isValid()) return;
   m_lister->Request(path, Listing::kDetails, [this, folder, path, shown](const auto& entries) {
-    if (folder.isValid()) m_foldersTree->TakeEntries(folder, *entries);
+    if (folder.isValid() && entries) m_foldersTree->TakeEntries(folder, *entries);
     if (shown == m_shown) m_filesList->SetEntries(path, entries);
   });
 }
 
+void TDXFoldersView::AwayChanged(const QModelIndex& folder) {
+  UpdateActions();
+  QModelIndex shown = ShownFolder();
+  while (shown.parent().isValid()) shown = shown.parent();
+  if (shown.row() == folder.row()) {
+    // What is in it is read anew.
+    m_filesList->SetEntries({}, nullptr);
+    SelectionChanged();
+  }
+  UpdateHints();
+}
+
 void TDXFoldersView::UpdateHints() {
+  const QModelIndex shown = ShownFolder();
+  const bool away = shown.isValid() && m_foldersTree->IsAway(shown);
   m_textTip->setVisible(m_foldersTree->IsEmpty());
-  m_filesTip->setVisible(!m_foldersTree->IsEmpty() && m_filesList->Folder().empty());
+  m_filesTip->setText(away ? tr("This folder is away. Plug in its disk, or take it off the list.")
+                           : tr("Select a folder to see what is in it"));
+  m_filesTip->setVisible(!m_foldersTree->IsEmpty() && (m_filesList->Folder().empty() || away));
 }
 
 }  // namespace quill

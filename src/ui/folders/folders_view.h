@@ -32,10 +32,13 @@ class TDXFoldersView : public QWidget {
   explicit TDXFoldersView(TDXAppDelegate& delegate, QWidget* parent = nullptr);
   ~TDXFoldersView() override;
 
-  // Reads the list of the last run from the settings.
+  // Reads the list of the last run from the settings. A folder that is away stays in it.
   void LoadList();
   [[nodiscard]] bool HasSelection() const;
-  // The folders to scan; also stores the list in the settings.
+  // Looks for the folders now; gives the paths of those that are away. It is looked for them, too,
+  // whenever the window becomes the active one with this tab on show.
+  std::vector<std::string> LookNow();
+  // The folders to scan, without those that were away; also stores the whole list in the settings.
   [[nodiscard]] std::vector<TDXSelectedFolder> UnloadList();
   // Keeps the list free of folders inside each other; the path is bytes of the file system.
   void AddNewPath(const std::string& path, uint8_t groupId);
@@ -55,6 +58,9 @@ class TDXFoldersView : public QWidget {
   // The list of top-level folders has changed: the scan button may be enabled or not.
   void ListChanged();
 
+ protected:
+  bool event(QEvent* event) override;
+
  private:
   void MakeActions();
   [[nodiscard]] QWidget* MakeFoldersPane();
@@ -65,6 +71,8 @@ class TDXFoldersView : public QWidget {
   void AnalyseSelectedFolders();
   void OpenEntry(const QModelIndex& entry);
   void SelectionChanged();
+  // A folder has gone away or come back.
+  void AwayChanged(const QModelIndex& folder);
   // The selected folder whose content is on show; invalid for none.
   [[nodiscard]] QModelIndex ShownFolder() const;
   void UpdateHints();
@@ -76,7 +84,7 @@ class TDXFoldersView : public QWidget {
   QTreeView* m_filesView;
   QSplitter* m_splitter;
   QLabel* m_textTip;   // while the tree is empty
-  QLabel* m_filesTip;  // while no folder is selected
+  QLabel* m_filesTip;  // while no folder is selected, or one that is away
   QAction* m_add;
   QAction* m_remove;
   QAction* m_group;

@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "core/configuration.h"
+#include "core/log.h"
 #include "decoding/process_link.h"
 #include "platform/attention.h"
 #include "platform/cubeb_output.h"
@@ -305,7 +306,7 @@ void TDXMainWindow::SwitchView(ResultsTab tab) {
   CResultsView* view = PresentView();
   m_actionMenu->addActions(view ? view->MenuActions() : m_folders->MenuActions());
   if (view) view->ResultsTable()->setFocus();
-  m_status->SetSummary(m_summaries[Index(tab)]);
+  ShowSummary();
   UpdateAllActions();
 }
 
@@ -359,7 +360,33 @@ void TDXMainWindow::UpdateAllActions() {
 
 void TDXMainWindow::UpdateSummary(ResultsTab tab, const QString& text) {
   m_summaries[Index(tab)] = text;
-  if (tab == PresentTab()) m_status->SetSummary(text);
+  if (tab == PresentTab()) ShowSummary();
+}
+
+void TDXMainWindow::ShowSummary() {
+  QStringList parts{m_summaries[Index(PresentTab())], m_leftOut};
+  parts.removeAll({});
+  m_status->SetSummary(parts.join("; "));
+}
+
+void TDXMainWindow::Scan(void (TDXAppDelegate::*function)()) {
+  if (m_delegate->IsIdle() && !LookForFolders()) return;
+  (m_delegate.get()->*function)();
+}
+
+bool TDXMainWindow::LookForFolders() {
+  const std::vector<std::string> away = m_folders->LookNow();
+  for (const std::string& path : away) CLogLine().Append("Folder is away: ").Append(path);
+  m_leftOut = away.empty()       ? QString()
+              : away.size() == 1 ? tr("Left out “%1”, which is away").arg(ShownPath(away.front()))
+                                 : tr("Left out %L1 folders that are away").arg(away.size());
+  ShowSummary();
+  if (away.empty() || !UnloadList().empty()) return true;
+  ShowAlert(tr("Nothing to scan").toStdString(),
+            tr("None of the folders in the list is there, or can be read. Plug in their disk, or "
+               "add other folders.")
+                .toStdString());
+  return false;
 }
 
 void TDXMainWindow::ShowPreferences() {

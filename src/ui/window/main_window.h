@@ -99,6 +99,12 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   void Give(const std::vector<std::string>& paths);
   void TakeGiven();
   void UpdateSummary(ResultsTab tab, const QString& text);
+  void ShowSummary();
+  // Begins, holds or continues a scan by the delegate's function. A new one leaves out the folders
+  // that are away, and says so.
+  void Scan(void (TDXAppDelegate::*function)());
+  // False after a message when there is none to scan.
+  [[nodiscard]] bool LookForFolders();
   void ShowPreferences();
   // False when the desktop's program is to play it.
   bool PlayFile(const std::string& path);
@@ -120,6 +126,7 @@ class TDXMainWindow : public QMainWindow, private CFrontEnd {
   TDXFoldersView* m_folders = nullptr;
   std::array<CResultsView*, 4> m_views{};  // by ResultsTab; the first stays null
   std::array<QString, 4> m_summaries;      // what each tab has to say for the status bar
+  QString m_leftOut;  // what the last scan had to leave out; behind the summary
   TDXStatusView* m_status = nullptr;
   QPointer<TDXPreferencesWindow> m_preferences;
   QPointer<TDXPlayerWindow> m_player;   // once a file was played

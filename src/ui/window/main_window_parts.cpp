@@ -121,10 +121,12 @@ void TDXMainWindow::ConnectActions() {
     if (CResultsView* view = PresentView()) view->ResultsTable()->selectAll();
   });
   connect(m_configure, &QAction::triggered, this, [this] { ShowPreferences(); });
-  connect(m_start, &QAction::triggered, this, [this] { m_delegate->StartScan(); });
+  connect(m_start, &QAction::triggered, this, [this] { Scan(&TDXAppDelegate::StartScan); });
   connect(m_stop, &QAction::triggered, this, [this] { m_delegate->StopScan(); });
-  connect(m_findDuplicates, &QAction::triggered, this, [this] { m_delegate->StartMenuScan(); });
-  connect(m_analyse, &QAction::triggered, this, [this] { m_delegate->StartMenuAnalyse(); });
+  connect(m_findDuplicates, &QAction::triggered, this,
+          [this] { Scan(&TDXAppDelegate::StartMenuScan); });
+  connect(m_analyse, &QAction::triggered, this,
+          [this] { Scan(&TDXAppDelegate::StartMenuAnalyse); });
   connect(m_modeDuplicates, &QAction::triggered, this, [this] {
     m_delegate->SetModeScan();
     UpdateActions();

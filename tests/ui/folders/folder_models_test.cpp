@@ -84,12 +84,12 @@ TEST_F(FolderModelsTest, RowsThatStayAreLeftAsTheyAre) {
   std::filesystem::remove_all(m_files / "top/disc 9");
   std::filesystem::create_directory(m_files / "top/Another");
   std::filesystem::create_directory(m_files / "top/Encore");
-  tree.TakeEntries(top, ListFolder(m_files / "top", Listing::kDetails));
+  tree.TakeEntries(top, ListFolder(m_files / "top", Listing::kDetails).value_or(FolderEntries()));
   EXPECT_EQ(Rows(tree, top).mid(0, 3), QStringList({"Another", "Disc 10", "Encore"}));
   EXPECT_EQ(kept.row(), 1);
 
   std::filesystem::remove_all(m_files / "top");
-  tree.TakeEntries(top, ListFolder(m_files / "top", Listing::kDetails));
+  tree.TakeEntries(top, ListFolder(m_files / "top", Listing::kDetails).value_or(FolderEntries()));
   EXPECT_EQ(tree.rowCount(top), 0);
 }
 
@@ -98,7 +98,7 @@ TEST_F(FolderModelsTest, FilesSortBehindFolders) {
   const QAbstractItemModelTester tester(&files,
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   files.SetEntries(m_files / "top", std::make_shared<const FolderEntries>(
-                                        ListFolder(m_files / "top", Listing::kDetails)));
+                                        *ListFolder(m_files / "top", Listing::kDetails)));
   // A link is a file: a scan does not follow it.
   EXPECT_EQ(Rows(files).mid(3), QStringList({"A.mp3", "b.flac", "link"}));
   EXPECT_EQ(files.index(0, CFileListModel::kSize).data().toString(), "--");

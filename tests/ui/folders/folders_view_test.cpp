@@ -64,20 +64,54 @@ class FoldersViewTest : public testing::Test {
   QTreeView* m_list = nullptr;
 };
 
-TEST_F(FoldersViewTest, TheListComesBackWithoutWhatHasGone) {
+TEST_F(FoldersViewTest, AFolderThatIsAwayStaysInTheListAndComesBack) {
   EXPECT_FALSE(m_view->HasSelection());
   m_view->AddNewPath(m_files / "media/a", 0);
   m_view->AddNewPath(m_files / "media/b \xFF", 3);
   m_view->AddNewPath(m_files / "media/c/", 1);
   EXPECT_EQ(m_view->UnloadList().size(), 3U);
-  std::filesystem::remove_all(m_files / "media/c");
-  Open();
-  m_view->LoadList();
-  const std::vector<TDXSelectedFolder> folders = m_view->UnloadList();
-  ASSERT_EQ(folders.size(), 2U);
-  EXPECT_EQ(folders[0].path, m_files / "media/a");
-  EXPECT_EQ(folders[1].path, m_files / "media/b \xFF");
-  EXPECT_EQ(folders[1].groupId, 3);
+  std::filesystem::create_directory(m_files / "media/c/inner");
+  const auto unplug = [&] { std::filesystem::rename(m_files / "media/c", m_files / "other"); };
+  const auto plug = [&] { std::filesystem::rename(m_files / "other", m_files / "media/c"); };
+  const auto row = [&](int role = Qt::DisplayRole) {
+    return m_tree->model()->index(2, 0).data(role);
+  };
+  unplug();
+  // Twice: the first of these runs must not forget it.
+  for (int run = 0; run < 2; ++run) {
+    Open();
+    m_view->LoadList();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return row().toString() == "c (away)"; }));
+    const std::vector<TDXSelectedFolder> folders = m_view->UnloadList();
+    ASSERT_EQ(folders.size(), 2U) << "a scan leaves it out";
+    EXPECT_EQ(folders[1].path, m_files / "media/b \xFF");
+    EXPECT_EQ(folders[1].groupId, 3);
+  }
+  EXPECT_TRUE(row(Qt::ToolTipRole).toString().contains("away"));
+  const QModelIndex present = m_tree->model()->index(0, 0);
+  EXPECT_NE(row(Qt::ForegroundRole), present.data(Qt::ForegroundRole));
+  EXPECT_NE(row(Qt::DecorationRole).value<QIcon>().cacheKey(),
+            present.data(Qt::DecorationRole).value<QIcon>().cacheKey());
+
+  // While running: when the window becomes the active one, and when a scan looks.
+  m_tree->setCurrentIndex(m_tree->model()->index(2, 0));
+  EXPECT_FALSE(Action("Analyse Selected Fo")->isEnabled());
+  EXPECT_TRUE(Action("Remove")->isEnabled());
+  plug();
+  QEvent active(QEvent::WindowActivate);
+  QCoreApplication::sendEvent(m_view.get(), &active);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return row().toString() == "c"; }));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return m_list->model()->rowCount() == 1; }));
+  ASSERT_EQ(m_view->UnloadList().size(), 3U);
+  EXPECT_EQ(m_view->UnloadList()[2].groupId, 1);
+  unplug();
+  EXPECT_EQ(m_view->LookNow(), std::vector<std::string>{m_files / "media/c"});
+  EXPECT_EQ(row().toString(), "c (away)");
+  EXPECT_EQ(m_list->model()->rowCount(), 0);
+  EXPECT_EQ(m_view->UnloadList().size(), 2U);
+  plug();
+  EXPECT_TRUE(m_view->LookNow().empty());
+  EXPECT_EQ(m_view->UnloadList().size(), 3U);
 }
 
 TEST_F(FoldersViewTest, ActionsFollowTheSelection) {

@@ -316,6 +316,35 @@ TEST_F(MainWindowTest, AnEndRightAfterTheStartKeepsTheWorkThatWasLeft) {
   EXPECT_EQ(Pairs(), kCount);
 }
 
+TEST_F(MainWindowTest, AScanLeavesOutFoldersThatAreAwayAndSaysSo) {
+  Open();
+  auto* list = m_window->findChild<TDXFoldersView*>();
+  std::filesystem::create_directory(m_data / "disk");
+  list->AddNewPath(m_data / "disk", 0);
+  AddMusic();
+  std::filesystem::remove(m_data / "disk");
+  Scan();
+  ASSERT_TRUE(ScanEnds());
+  EXPECT_EQ(Pairs(), kCount);
+  const auto status = [&] { return m_window->findChild<TDXStatusView*>()->Texts().first(); };
+  EXPECT_TRUE(status().contains("disk”, which is away")) << status().toStdString();
+
+  for (QAction* action : list->MenuActions())
+    if (action->text().remove('&') == "Clear List") action->trigger();
+  list->AddNewPath(m_data / "disk", 0);
+  {
+    CDialogDriver dialogs;
+    dialogs.Answer("None of the folders", "OK");
+    Scan();
+  }
+  EXPECT_EQ(Pairs(), kCount) << "a scan of nothing costs no results";
+  std::filesystem::create_directory(m_data / "disk");
+  Scan();
+  ASSERT_TRUE(ScanEnds());
+  EXPECT_EQ(Pairs(), 0U);
+  EXPECT_EQ(status(), "");
+}
+
 TEST_F(MainWindowTest, LeavesForeignFilesAlone) {
   const std::string foreign = m_data / "novel.quillmarsh";
   test::WriteAll(foreign, "Chapter one.");
