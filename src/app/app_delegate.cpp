@@ -157,9 +157,11 @@ void TDXAppDelegate::RestoreAutosave() {
   m_audioAnalysis.m_journal = _journal.get();
   if (!_stateLoaded) {
     _stateLoaded = true;
+    FillReports(ScanState::kDone);
     if (m_pendingWork.Open(configuration.ApplicationSupportPath(kPendingWorkFile))) {
       CSerializerReader reader(m_pendingWork, *_workers, &m_audioStore, &m_imageStore);
       (void)reader.InnerProcess();
+      if (_workers->Pending() != 0) BeginReports(_scanningMode);
     }
   }
   ReloadAll();
@@ -188,6 +190,7 @@ void TDXAppDelegate::StartScan() {
       m_audioAnalysis.Clear();
       Reload(ResultsTab::kAudioAnalysis);
     }
+    BeginReports(_scanningMode);
     ProcessFolders(_scanningMode);
   }
   UIThreads();
@@ -218,6 +221,7 @@ void TDXAppDelegate::RequestAnalysis(std::string path) {
 void TDXAppDelegate::QueueAnalysis(std::string path, uint32_t kind) {
   std::unique_ptr<CWorkers::Request> request(new (std::nothrow) CWorkers::Request);
   if (!request) return;
+  BeginReports(ScanMode::kAnalysis);
   request->kind = kind;
   request->path = std::move(path);
   request->firstFlag = kind == CWorkers::Request::kAnalysisFolder ? 1 : 0;
@@ -227,6 +231,11 @@ void TDXAppDelegate::QueueAnalysis(std::string path, uint32_t kind) {
 void TDXAppDelegate::StopScan() {
   _stateLoaded = true;
   _workers->Stop();
+  if (_workers->IsStopping()) {
+    for (ScanReport& report : m_reports) {
+      if (report.state == ScanState::kRunning) report.state = ScanState::kStopping;
+    }
+  }
   UIThreads();
 }
 
@@ -294,6 +303,8 @@ bool TDXAppDelegate::LoadData(const std::string& path) {
   ReloadAll();
   CResultsJournal file(&m_audioDups, &m_imageDups, &m_audioAnalysis);
   const bool loaded = file.OpenForReading(path) && file.Load();
+  m_reports = {};
+  FillReports(ScanState::kOpened);
   ReloadAll();
   return loaded;
 }
@@ -361,6 +372,40 @@ void TDXAppDelegate::ResetMarks() {
   m_imageStore.ResetScanState();
 }
 
+void TDXAppDelegate::BeginReports(ScanMode mode) {
+  const auto begin = [this](ResultsTab tab) {
+    m_reports[static_cast<size_t>(tab)] = {.state = ScanState::kRunning};
+  };
+  if (mode == ScanMode::kDuplicates) {
+    begin(ResultsTab::kAudioDups);
+    begin(ResultsTab::kImageDups);
+  } else {
+    begin(ResultsTab::kAudioAnalysis);
+  }
+}
+
+void TDXAppDelegate::EndReports() {
+  const auto end = [this](ResultsTab tab, uint32_t files, size_t rows) {
+    ScanReport& report = m_reports[static_cast<size_t>(tab)];
+    if (report.state != ScanState::kRunning && report.state != ScanState::kStopping) return;
+    report = {WasStopped() ? ScanState::kStopped : ScanState::kDone, files, rows != 0};
+  };
+  end(ResultsTab::kAudioDups, m_audioStore.ArrivalCount(), m_audioDups.RowCount());
+  end(ResultsTab::kImageDups, m_imageStore.ArrivalCount(), m_imageDups.RowCount());
+  const size_t rated = m_audioAnalysis.RowCount();
+  end(ResultsTab::kAudioAnalysis, static_cast<uint32_t>(rated), rated);
+}
+
+void TDXAppDelegate::FillReports(ScanState state) {
+  const auto fill = [&](ResultsTab tab, size_t rows) {
+    if (rows != 0 || state == ScanState::kOpened)
+      m_reports[static_cast<size_t>(tab)] = {state, 0, rows != 0};
+  };
+  fill(ResultsTab::kAudioDups, m_audioDups.RowCount());
+  fill(ResultsTab::kImageDups, m_imageDups.RowCount());
+  fill(ResultsTab::kAudioAnalysis, m_audioAnalysis.RowCount());
+}
+
 void TDXAppDelegate::PoolChanged() {
   if (m_terminated) return;
   CheckTimer();
@@ -409,6 +454,7 @@ void TDXAppDelegate::UIThreads() {
     _bounce = true;
     m_frontEnd.ShowThreads(ScanButton::kPause);
   } else {
+    EndReports();
     m_frontEnd.ShowThreads(ScanButton::kScan);
     if (std::exchange(_bounce, false) && !m_frontEnd.IsActive()) m_frontEnd.RequestAttention();
   }

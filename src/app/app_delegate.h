@@ -8,6 +8,7 @@
 // wake-ups, which do nothing but post to the main queue.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -15,6 +16,7 @@
 
 #include "app/front_end.h"
 #include "app/progress_estimate.h"
+#include "app/scan_report.h"
 #include "audio/analysis_store.h"
 #include "audio/audio_store.h"
 #include "core/main_queue.h"
@@ -83,6 +85,10 @@ class TDXAppDelegate : private CAnalysisRequests {
   // Whether the last scan was ended before its time, and how far it came: "30 of 57 files".
   [[nodiscard]] bool WasStopped() const;
   [[nodiscard]] std::string HowFar() const;
+  // How the last scan for the table went, or the one that is under way.
+  [[nodiscard]] const ScanReport& Report(ResultsTab tab) const {
+    return m_reports[static_cast<size_t>(tab)];
+  }
   // Whether the menu's scans can begin: idle, with folders to scan.
   [[nodiscard]] bool CanBegin() const;
 
@@ -122,6 +128,11 @@ class TDXAppDelegate : private CAnalysisRequests {
   void SetMode(ScanMode mode);
   void ProcessFolders(ScanMode mode);
   void ResetMarks();
+  void BeginReports(ScanMode mode);
+  // The pool is idle.
+  void EndReports();
+  // Of tables that were filled from a file.
+  void FillReports(ScanState state);
   void PoolChanged();
   void ProcessNewAudio();
   void ProcessNewImages();
@@ -158,6 +169,7 @@ class TDXAppDelegate : private CAnalysisRequests {
   std::unique_ptr<CTagAccess> m_tags;
 
   CProgressEstimate m_estimate;
+  std::array<ScanReport, 4> m_reports;  // by ResultsTab; the first is not used
   ScanMode _scanningMode = ScanMode::kDuplicates;
   bool _stateLoaded = false;  // this run of the program has its own state
   bool _timer = false;

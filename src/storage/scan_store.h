@@ -95,6 +95,8 @@ class CScanStore : public CCacheClient, public CPendingWorkState {
   // not put into the store. Null after a report when memory is short.
   [[nodiscard]] CRef<const Info> GetCache(const typename Info::Facts& wanted) const;
   [[nodiscard]] uint32_t EntryCount() const;
+  // Files that have joined the present scan.
+  [[nodiscard]] uint32_t ArrivalCount() const;
   void ClearEntries();
   // Sets group and ordinal of all entries to 0: the engines then see an empty set.
   void ResetScanState();

@@ -107,6 +107,12 @@ uint32_t CScanStore<Traits>::EntryCount() const {
 }
 
 template <class Traits>
+uint32_t CScanStore<Traits>::ArrivalCount() const {
+  CReadLock lock(m_lock);
+  return static_cast<uint32_t>(m_byOrdinal.size());
+}
+
+template <class Traits>
 void CScanStore<Traits>::ClearEntries() {
   CWriteLock lock(m_lock);
   m_byOrdinal.clear();

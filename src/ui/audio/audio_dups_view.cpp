@@ -94,12 +94,19 @@ QString TDXAudioDupsView::ExportFile(const std::string& path) {
   return ShownPath(failure);
 }
 
-QString TDXAudioDupsView::EmptyText() const {
-  return tr("No audio duplicates yet. Add folders in the first tab and press Scan.");
-}
-
-QString TDXAudioDupsView::BusyText() const {
-  return tr("Looking for files that sound alike. Pairs appear here as they are found.");
+auto TDXAudioDupsView::Empty() const -> EmptyTexts {
+  return {
+      .mode = ScanMode::kDuplicates,
+      .before = tr("No search for audio duplicates yet."),
+      .other = tr("The scan that is running rates files. Look for duplicates when it has ended."),
+      .busy = tr("Looking for files that sound alike. Pairs appear here as they are found."),
+      .stopped = tr("The scan was stopped and had found no audio duplicates. Press Scan to begin "
+                    "anew."),
+      .noFiles = tr("There are no sounds in the chosen folders."),
+      .oneFile = tr("There is one sound in the chosen folders, and nothing to compare it with."),
+      .nothing = tr("No duplicates among %L1 sounds."),
+      .left = tr("Nothing is left of the audio duplicates. Press Scan to look again."),
+      .opened = tr("There are no audio duplicates in the results file.")};
 }
 
 }  // namespace quill

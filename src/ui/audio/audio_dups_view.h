@@ -20,8 +20,7 @@ class TDXAudioDupsView : public CTableTab {
 
  protected:
   [[nodiscard]] bool IsEnabled(const QAction* action) const override;
-  [[nodiscard]] QString EmptyText() const override;
-  [[nodiscard]] QString BusyText() const override;
+  [[nodiscard]] EmptyTexts Empty() const override;
 
  private:
   void ActionAutomark();

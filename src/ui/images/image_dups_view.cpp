@@ -87,12 +87,19 @@ QString TDXImageDupsView::ExportFile(const std::string& path) {
   return ShownPath(failure);
 }
 
-QString TDXImageDupsView::EmptyText() const {
-  return tr("No image duplicates yet. Add folders in the first tab and press Scan.");
-}
-
-QString TDXImageDupsView::BusyText() const {
-  return tr("Looking for pictures that are alike. Pairs appear here as they are found.");
+auto TDXImageDupsView::Empty() const -> EmptyTexts {
+  return {
+      .mode = ScanMode::kDuplicates,
+      .before = tr("No search for image duplicates yet."),
+      .other = tr("The scan that is running rates files. Look for duplicates when it has ended."),
+      .busy = tr("Looking for pictures that are alike. Pairs appear here as they are found."),
+      .stopped = tr("The scan was stopped and had found no image duplicates. Press Scan to begin "
+                    "anew."),
+      .noFiles = tr("There are no pictures in the chosen folders."),
+      .oneFile = tr("There is one picture in the chosen folders, and nothing to compare it with."),
+      .nothing = tr("No duplicates among %L1 pictures."),
+      .left = tr("Nothing is left of the image duplicates. Press Scan to look again."),
+      .opened = tr("There are no image duplicates in the results file.")};
 }
 
 }  // namespace quill

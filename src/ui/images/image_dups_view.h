@@ -21,8 +21,7 @@ class TDXImageDupsView : public CTableTab {
   [[nodiscard]] QString ExportFile(const std::string& path) override;
 
  protected:
-  [[nodiscard]] QString EmptyText() const override;
-  [[nodiscard]] QString BusyText() const override;
+  [[nodiscard]] EmptyTexts Empty() const override;
 
  private:
   void ActionAutomark();

@@ -36,14 +36,21 @@ QString TDXAudioAnalysisView::ExportFile(const std::string& path) {
   return ShownPath(failure);
 }
 
-QString TDXAudioAnalysisView::EmptyText() const {
-  return tr(
-      "No file has been analysed yet. Choose the mode Analyse and press Scan, or analyse "
-      "files of the folders or of the audio duplicates.");
-}
-
-QString TDXAudioAnalysisView::BusyText() const {
-  return tr("Measuring. Files appear here as they are done.");
+auto TDXAudioAnalysisView::Empty() const -> EmptyTexts {
+  // Each file that is rated has a row, so that a scan has found something or met no file.
+  const QString noFiles = tr("There are no sounds to rate in the chosen folders.");
+  return {
+      .mode = ScanMode::kAnalysis,
+      .before = tr("No file has been rated yet. Files of the folders, or of the audio duplicates, "
+                   "can be analysed one by one."),
+      .other = tr("The scan that is running looks for duplicates. Rate files when it has ended."),
+      .busy = tr("Measuring. Files appear here as they are done."),
+      .stopped = tr("The scan was stopped and had rated no file. Press Scan to begin anew."),
+      .noFiles = noFiles,
+      .oneFile = noFiles,
+      .nothing = noFiles,
+      .left = tr("Nothing is left of the rated files. Press Scan to rate them again."),
+      .opened = tr("There are no rated files in the results file.")};
 }
 
 }  // namespace quill

@@ -19,8 +19,7 @@ class TDXAudioAnalysisView : public CTableTab {
   [[nodiscard]] QString ExportFile(const std::string& path) override;
 
  protected:
-  [[nodiscard]] QString EmptyText() const override;
-  [[nodiscard]] QString BusyText() const override;
+  [[nodiscard]] EmptyTexts Empty() const override;
 
  private:
   CAudioAnalysisController& m_controller;

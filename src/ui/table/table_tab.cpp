@@ -12,7 +12,6 @@
 #include <QMimeData>
 #include <QUrl>
 
-#include "app/app_delegate.h"
 #include "platform/desktop_services.h"
 #include "results/file_operations.h"
 #include "ui/inspection/spectrum_window.h"
@@ -36,11 +35,7 @@ void CTableTab::SetTable(CResultsModel* model, std::unique_ptr<CTableActions> ac
   m_model = model;
   m_actions = std::move(actions);
   m_table = new TDXTableView(*model, this);
-  m_table->SetHint([this] {
-    // A window that is being closed may be drawn once more after the end of the pool.
-    const bool busy = m_delegate.GetWorkers() && !m_delegate.IsIdle();
-    return busy ? BusyText() : EmptyText();
-  });
+  m_table->SetHint([this] { return EmptyText(); });
   m_table->setFrameShape(QFrame::NoFrame);
   setFocusProxy(m_table);
   auto* layout = new QHBoxLayout(this);
@@ -52,6 +47,42 @@ void CTableTab::SetTable(CResultsModel* model, std::unique_ptr<CTableActions> ac
     UpdateActions();
     UpdateSummary();
   });
+}
+
+QString CTableTab::EmptyText() const {
+  // A window that is being closed may be drawn once more after the end of the pool.
+  if (!m_delegate.GetWorkers()) return {};
+  const ScanReport& report = m_delegate.Report(Tab());
+  const EmptyTexts texts = Empty();
+  switch (report.state) {
+    case ScanState::kNone:
+      return m_delegate.IsIdle() ? texts.before + ' ' + WhatToDo(texts.mode) : texts.other;
+    case ScanState::kRunning:
+      return m_delegate.GetWorkers()->IsRunning()
+                 ? texts.busy
+                 : tr("The scan is paused. Press Continue to go on with it.");
+    case ScanState::kStopping:
+      return tr("The scan is being stopped.");
+    default:
+      break;
+  }
+  if (report.found) return texts.left;
+  if (report.state == ScanState::kStopped) return texts.stopped;
+  if (report.state == ScanState::kOpened) return texts.opened;
+  if (report.files == 0) return texts.noFiles;
+  return report.files == 1 ? texts.oneFile : texts.nothing.arg(report.files);
+}
+
+QString CTableTab::WhatToDo(ScanMode mode) const {
+  const bool chosen = m_delegate.Mode() == mode;
+  if (m_delegate.CanBegin())
+    return chosen                          ? tr("Press Scan.")
+           : mode == ScanMode::kDuplicates ? tr("Choose the mode Duplicates and press Scan.")
+                                           : tr("Choose the mode Analyse and press Scan.");
+  return chosen ? tr("Add folders in the first tab and press Scan.")
+         : mode == ScanMode::kDuplicates
+             ? tr("Add folders in the first tab, choose the mode Duplicates and press Scan.")
+             : tr("Add folders in the first tab, choose the mode Analyse and press Scan.");
 }
 
 QTableView* CTableTab::ResultsTable() const {

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "app/app_delegate.h"
 #include "results/partners.h"
 #include "ui/table/results_view.h"
 
@@ -20,7 +21,6 @@ namespace quill {
 
 class CFileOperations;
 class CResultsModel;
-class TDXAppDelegate;
 class TDXTableView;
 
 // What the tabs ask of their controllers, which are alike but have no class in common.
@@ -109,9 +109,20 @@ class CTableTab : public CResultsView {
 
   // For an action that has its own test.
   [[nodiscard]] virtual bool IsEnabled(const QAction*) const { return true; }
-  // What the table says while it is empty: nothing found yet, and while a scan runs.
-  [[nodiscard]] virtual QString EmptyText() const = 0;
-  [[nodiscard]] virtual QString BusyText() const = 0;
+  // What the table says while it is empty.
+  struct EmptyTexts {
+    ScanMode mode;    // of the scans that fill it
+    QString before;   // no such scan yet; what to do follows
+    QString other;    // none yet, and a scan of the other mode is running
+    QString busy;     // while one runs
+    QString stopped;  // one was stopped and had found nothing
+    QString noFiles;  // one ended and met no file of the kind
+    QString oneFile;
+    QString nothing;  // one ended and found nothing among %L1 files
+    QString left;     // there were rows, and all of them are gone
+    QString opened;   // a results file without such rows is open
+  };
+  [[nodiscard]] virtual EmptyTexts Empty() const = 0;
 
   [[nodiscard]] std::vector<int32_t> SelectedRows() const;
   [[nodiscard]] TDXAppDelegate& Delegate() const { return m_delegate; }
@@ -131,6 +142,9 @@ class CTableTab : public CResultsView {
   void CopyPaths();
   void ActionMark();
   void UpdateSummary();
+  [[nodiscard]] QString EmptyText() const;
+  // How to begin a scan of the mode.
+  [[nodiscard]] QString WhatToDo(ScanMode mode) const;
 
   TDXAppDelegate& m_delegate;
   CFileOperations& m_files;

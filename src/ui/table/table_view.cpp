@@ -468,11 +468,10 @@ class TDXTableView::Painting {
 void TDXTableView::paintEvent(QPaintEvent* event) {
   QPainter painter(viewport());
   if (m_rows.rowCount() == 0) {
-    if (!m_hint) return;
     painter.setPen(palette().color(QPalette::PlaceholderText));
     const int margin = 2 * fontMetrics().height();
     painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin),
-                     Qt::AlignCenter | Qt::TextWordWrap, m_hint());
+                     Qt::AlignCenter | Qt::TextWordWrap, Hint());
     return;
   }
   Painting(*this, painter, event->rect()).Run();

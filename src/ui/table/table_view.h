@@ -31,6 +31,7 @@ class TDXTableView : public QTableView {
   void ReloadRows();
   // What an empty table says, asked for when it is drawn.
   void SetHint(std::function<QString()> hint);
+  [[nodiscard]] QString Hint() const { return m_hint ? m_hint() : QString(); }
 
   // Rising; costs a look at every row.
   [[nodiscard]] std::vector<int32_t> SelectedRows() const;

@@ -80,9 +80,11 @@ TEST(PreviewLayout, FitsDownAndNeverUp) {
 TEST(PreviewView, TheWheelMovesOnAndTheSelectionBack) {
   test::CSampleResults results;
   for (const char* name : {"b", "c", "d"})
-    (void)results->ImageDups().LockedAdd(test::Picture("/p/a.jpg", 2000), 0,
-                                         test::Picture(std::string("/p/") + name, 3000), 0, 0.8F,
-                                         0.4F);
+    (void)results->ImageDups().LockedAdd({test::Picture("/p/a.jpg", 2000),
+                                          test::Picture(std::string("/p/") + name, 3000),
+                                          0,
+                                          0,
+                                          {0.8F, 0.4F}});
   (void)results->ImageDups().ProcessNewData();
   ASSERT_EQ(results->ImageDups().RowCount(), 4U);
   TDXImagePreviewView view(results->ImageDups(), results.queue);

@@ -24,6 +24,7 @@
 #include "support/temp_folder.h"
 #include "ui/dialog_driver.h"
 #include "ui/folders/folders_view.h"
+#include "ui/table/table_view.h"
 #include "ui/window/status_view.h"
 
 namespace quill {
@@ -343,6 +344,45 @@ TEST_F(MainWindowTest, AScanLeavesOutFoldersThatAreAwayAndSaysSo) {
   ASSERT_TRUE(ScanEnds());
   EXPECT_EQ(Pairs(), 0U);
   EXPECT_EQ(status(), "");
+}
+
+TEST_F(MainWindowTest, AnEmptyTableSaysWhyItIsEmpty) {
+  const auto says = [&](const char* tab) {
+    Action(tab)->trigger();
+    const auto* view = m_window->findChild<QStackedWidget*>()->currentWidget();
+    return view->findChild<TDXTableView*>()->Hint().toStdString();
+  };
+  const auto says3 = [&](const std::string& audio, const std::string& image,
+                         const std::string& quality) {
+    EXPECT_NE(says("tabAudio").find(audio), std::string::npos) << says("tabAudio");
+    EXPECT_NE(says("tabImages").find(image), std::string::npos) << says("tabImages");
+    EXPECT_NE(says("tabAnalysis").find(quality), std::string::npos) << says("tabAnalysis");
+  };
+  Open();
+  says3("Add folders in the first tab and press Scan", "No search for image duplicates yet",
+        "Add folders in the first tab, choose the mode Analyse");
+  m_window->findChild<TDXFoldersView*>()->AddNewPath(MusicFolder() + "/a", 0);
+  says3("yet. Press Scan.", "yet. Press Scan.", "Choose the mode Analyse");
+  Scan();
+  says3("Looking for files that sound", "Looking for pictures", "looks for duplicates");
+  ASSERT_TRUE(WaitFor([&] { return Delegate().Counters().scheduled == kCount; }));
+  Scan();
+  says3("paused", "paused", "looks for duplicates");
+  Action("stop")->trigger();
+  ASSERT_TRUE(ScanEnds());
+  says3("was stopped and had found no audio", "was stopped and had found no image", "yet");
+  Scan();
+  ASSERT_TRUE(ScanEnds());
+  says3("No duplicates among 12 sounds.", "There are no pictures in", "No file has been rated yet");
+
+  AddMusic();
+  Scan();
+  ASSERT_TRUE(ScanEnds());
+  ASSERT_TRUE(Delegate().SaveData(m_data / "r.quillmarsh"));
+  Delegate().AudioDups().Clear();
+  EXPECT_NE(says("tabAudio").find("Nothing is left"), std::string::npos);
+  ASSERT_TRUE(Delegate().LoadData(m_data / "r.quillmarsh"));
+  EXPECT_NE(says("tabImages").find("results file"), std::string::npos);
 }
 
 TEST_F(MainWindowTest, LeavesForeignFilesAlone) {
