@@ -3,20 +3,21 @@
 # are likely to notice until one does. No part of ./test; it takes half a minute a change.
 #
 #   tests/mutation.py [--seed N] [--count N] [--folder FOLDER]... [--build DIR] [--jobs N]
-#                     [--minutes N] [--only FILE:LINE]
+#                     [--minutes N] [--programs N] [--only FILE:LINE]
 #
-# --folder names folders of src/ ("core", "ui/table"); --only tries each change of one line.
+# --folder names folders of src/ ("core", "ui/table"); --programs ends the search for who sees a change after so
+# many test programs; --only tries each change of one line.
 #
 # The tree you stand in is only read: it is copied to DIR/tree and built in DIR/build (DIR lies in
 # build/mutation), so nothing is left to put back when the trial is stopped, and the next start
 # mends a copy that was. Tests run with a home and a temporary folder of their own, a limit of
-# memory, of file size and of time; what they leave running is killed with its process group.
+# memory and of time, and room on the disk must be left; what they leave running is killed with its process group.
 #
 # A change that does not compile under the project's own warnings, or gives the same object file, is
-# not counted. The test programs that ninja would build anew are run in this order: the folder's
+# not counted. The test programs that hold the changed file are run in this order: the folder's
 # own, then in the order of the layers, the command line last. A failing program is run a second time
 # and must fail again, so that a test that fails now and then does not count. One that runs out of time has
-# noticed. At the start all of these run once on the unchanged copy, which must pass.
+# noticed. Each program runs once on the unchanged copy before it is first asked, and must pass.
 #
 # Left alone is what no test should fix: texts, line numbers of reports, log calls, room to reserve,
 # sizes of buffers, waiting times and pixels of a layout.
@@ -27,7 +28,7 @@ LAYERS = ('core storage signal decoding decoder device audio image results inspe
           'platform cli ui').split()
 BLANKED = re.compile(r'//[^\n]*|/\*.*?\*/|R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])+\'(?!\d)'
                      r'|^[ \t]*#(?:[^\n]*\\\n)*[^\n]*|\bstatic_assert\(.*?\);|\balignas\(\w+\)'
-                     r'|\b(?:CSystemError::\w+|LogText|CLog::\w+|Short|\w*[Rr]eserve)\([^;]*;', re.M | re.S)
+                     r'|\b(?:CSystemError::\w+|LogText|CLog::\w+|Short|Refuse|\w*[Rr]eserve)\([^;]*;', re.M | re.S)
 TASTE = re.compile(r'(?i)timeout|interval|buffer|capacity|chunk|seconds|wait|delay|margin|spacing|'
                    r'stretch|resize\(|size(hint)?\(|width|height|pixel|icon|\bnice\b|(array<|\w )\w*\[?\d+[\]>] ?[\w{;]')
 SWAPS = [(r'(?<= )<(?= )', '<='), (r'(?<= )<=(?= )', '<'), (r'(?<= )>(?= )', '>='), (r'(?<= )>=(?= )', '>'),
@@ -86,7 +87,7 @@ class Trial:
         self.o = options
         self.tree, self.build, self.home = (os.path.join(options.build, n) for n in ('tree', 'build', 'home'))
         self.end = time.time() + 60 * options.minutes
-        self.took, self.passed = {}, {}
+        self.took, self.users, self.inputs = {}, {}, {}
 
     def sync(self):
         """Makes the copy equal to the tree, and touches nothing that is."""
@@ -110,7 +111,7 @@ class Trial:
 
     def start(self, command, log, limited=False, **more):
         def limit():
-            for what, most in ((resource.RLIMIT_CORE, 0), (resource.RLIMIT_FSIZE, 8 << 30), (resource.RLIMIT_AS, 12 << 30)):
+            for what, most in ((resource.RLIMIT_CORE, 0), (resource.RLIMIT_AS, 12 << 30)):
                 resource.setrlimit(what, (most, most))
         return subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=log,
                                 stderr=subprocess.STDOUT, start_new_session=True,
@@ -131,7 +132,8 @@ class Trial:
             left = list(running)
             while left and not result:
                 time.sleep(0.02)
-                result = 2 if time.time() > end else int(any(p.poll() for p in left))
+                full = shutil.disk_usage(self.home).free < 4 << 30
+                result = 2 if time.time() > end or full else int(any(p.poll() for p in left))
                 left = [p for p in left if p.poll() is None]
         finally:
             for p in running:
@@ -139,8 +141,8 @@ class Trial:
         text = ''.join(open(f, errors='replace').read() for f in sorted(glob.glob(self.home + '/*/log')))
         return result, text
 
-    def ninja(self, targets, seconds=240, *more):
-        return self.run_all([(['ninja', '-j', str(self.o.jobs), *more, *targets], {})], seconds)
+    def ninja(self, targets, seconds=240):
+        return self.run_all([(['ninja', '-j', str(self.o.jobs), *targets], {})], seconds)
 
     def run_program(self, program, seconds):
         if program == 'command_line':
@@ -151,16 +153,27 @@ class Trial:
                          {'GTEST_TOTAL_SHARDS': str(shards), 'GTEST_SHARD_INDEX': str(n)}) for n in range(shards)]
         return self.run_all(commands, seconds, True)
 
-    def stale(self, program):
-        targets = ['quillmarsh-cli', 'decoder'] if program == 'command_line' else [program]
-        return targets if re.search('Building|Linking', self.ninja(targets, 60, '-n')[1]) else None
+    def graph(self, *tool):
+        return subprocess.run(['ninja', '-C', self.build, '-t', *tool], capture_output=True, text=True, check=True).stdout
 
-    def programs(self, folder):
-        own = folder.split('/')[0]
-        names = [own] + [n for n in LAYERS if n != own]
-        return ['test_' + n for n in names] + ['command_line']
+    def affected(self, name):
+        """The test programs that a file of src/ goes into, the folder's own first, with their targets."""
+        if not self.users:
+            for block in self.graph('deps').split('\n\n'):
+                built, *sources = block.split('\n')
+                for source in sources:
+                    self.users.setdefault(os.path.relpath(source.strip(), self.tree), set()).add(built.split(':')[0])
+        own = name.split('/')[1]
+        found = []
+        for program in ['test_' + n for n in [own] + [n for n in LAYERS if n != own]] + ['command_line']:
+            targets = ['quillmarsh-cli', 'decoder'] if program == 'command_line' else [program]
+            if program not in self.inputs:
+                self.inputs[program] = set(self.graph('inputs', *targets).split('\n'))
+            if self.users.get(name, set()) & self.inputs[program]:
+                found.append((program, targets))
+        return found
 
-    def prepare(self, folders):
+    def prepare(self):
         os.makedirs(self.build, exist_ok=True)
         self.sync()
         flags = ['-DCMAKE_BUILD_TYPE=Release', '-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG -Wno-maybe-uninitialized',
@@ -172,34 +185,39 @@ class Trial:
         if result:
             sys.exit('the unchanged tree cannot be built in ' + self.build + '\n' + text[-2000:])
 
-    def baseline(self, program):
-        """Whether the unchanged tree passes; the time sets the limit."""
-        if program not in self.passed:
+    def baseline(self, program, targets):
+        """The unchanged tree must pass; its time sets the limit."""
+        begin = time.time()
+        result, text = self.ninja(targets)
+        if not result:
             begin = time.time()
             result, text = self.run_program(program, 600)
-            self.took[program], self.passed[program] = time.time() - begin, not result
-            print(f'{program}: {"passes" if not result else "FAILS"} in {self.took[program]:.1f} s', flush=True)
-            if result:
-                print(text[-3000:])
-        return self.passed[program]
+        self.took[program] = time.time() - begin
+        print(f'{program}: {"FAILS" if result else "passes"} in {self.took[program]:.1f} s', flush=True)
+        if result:
+            sys.exit('the unchanged tree does not pass\n' + text[-3000:])
 
-    def test(self, folder, name, line):
-        """'' for no change of the program, else who caught it, or None."""
-        affected = [(p, t) for p in self.programs(folder) if (t := self.stale(p))]
+    def test(self, name, text, changed):
+        """(who caught the change, or None, or '' for none; why it does not count)"""
+        self.write(name, changed)
+        affected = self.affected(name)
         objects = glob.glob(f'{self.build}/src/CMakeFiles/*/{name[4:]}.o')
         old = [open(o, 'rb').read() for o in objects]
         if not affected and self.ninja(['all'])[0]:
             return '', 'does not compile'
-        for program, targets in affected:
-            if not self.took.get(program):
-                continue
+        for program, targets in affected[:self.o.programs]:
+            if program not in self.took:
+                self.write(name, text)
+                self.baseline(program, targets)
+                self.write(name, changed)
+            self.built.update(targets)
             if self.ninja(targets)[0]:
                 return '', 'does not compile'
             if old and old == [open(o, 'rb').read() for o in objects]:
                 return '', 'the same program'
             seconds = 20 + 6 * self.took[program]
-            result, text = self.run_program(program, seconds)
-            failed = re.findall(r'\[  FAILED  \] ([\w./]+)|^FAIL: (\w+)', text, re.M)
+            result, output = self.run_program(program, seconds)
+            failed = re.findall(r'\[  FAILED  \] ([\w./]+)|^FAIL: (\w+)', output, re.M)
             if result == 1:
                 result, _ = self.run_program(program, seconds)
             if result:
@@ -225,10 +243,7 @@ class Trial:
         chance.shuffle(order)
         picks = [(f, c) for f, n in order for c in (lines[f, n] if self.o.only else [chance.choice(lines[f, n])])]
         print(f'{sum(map(len, lines.values()))} changes of {len(order)} lines; seed {self.o.seed}', flush=True)
-        self.prepare(wanted)
-        for program in dict.fromkeys(p for w in wanted for p in self.programs(w)):
-            if not self.baseline(program):
-                sys.exit('the unchanged tree does not pass')
+        self.prepare()
         caught, survivors = 0, []
         try:
             for name, (number, line, what) in picks:
@@ -238,11 +253,12 @@ class Trial:
                 text = open(os.path.join(ROOT, name)).read()
                 changed = text.split('\n')
                 changed[number - 1] = line
-                self.write(name, '\n'.join(changed).encode())
                 try:
-                    who, why = self.test(os.path.dirname(name)[4:], name, line)
+                    self.built = set()
+                    who, why = self.test(name, text.encode(), '\n'.join(changed).encode())
                 finally:
                     self.write(name, text.encode())
+                self.ninja(sorted(self.built))
                 told = f'{name}:{number}: {what}'
                 if who != '':
                     caught += who is not None
@@ -264,6 +280,7 @@ def main():
     parser.add_argument('--build', default=os.path.join(ROOT, 'build/mutation'), type=os.path.abspath)
     parser.add_argument('--jobs', type=int, default=2)
     parser.add_argument('--minutes', type=float, default=120)
+    parser.add_argument('--programs', type=int, default=99)
     parser.add_argument('--only')
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
     Trial(parser.parse_args()).go()
