@@ -6,7 +6,6 @@
 
 #include "core/log.h"
 #include "core/system_error.h"
-#include "core/thread_priority.h"
 #include "device/kernel_sources.h"
 
 namespace quill {
@@ -40,7 +39,8 @@ std::string QueriedText(Query query) {
 
 }  // namespace
 
-COpenCL::COpenCL(const char* library) : m_library(LoadOpenCL(library, &m_cl)) {}
+COpenCL::COpenCL(const char* library, void (*giveWay)())
+    : m_library(LoadOpenCL(library, &m_cl)), m_giveWay(giveWay) {}
 
 COpenCL::~COpenCL() {
   CSyncLock lock(m_lock);
@@ -80,9 +80,13 @@ void COpenCL::Disable() {
   m_kernelLimit = 0;
 }
 
+void COpenCL::WaitForStart() {
+  if (const pthread_t thread = m_thread.exchange(0)) pthread_join(thread, nullptr);
+}
+
 void COpenCL::Stop() {
   m_lock.Unlock();
-  if (const pthread_t thread = m_thread.exchange(0)) pthread_join(thread, nullptr);
+  WaitForStart();
   m_lock.Lock();
   m_ready = false;
   for (cl_kernel& kernel : m_kernels) {
@@ -120,8 +124,9 @@ void* COpenCL::ThreadStarter(void* self) {
     CSystemError::Bool("ThreadStarter", 448, false);
     return nullptr;
   }
-  GiveWayToOthers();
-  (void)static_cast<COpenCL*>(self)->InitContext();
+  COpenCL& device = *static_cast<COpenCL*>(self);
+  device.m_giveWay();
+  (void)device.InitContext();
   return nullptr;
 }
 

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "core/sync.h"
+#include "core/thread_priority.h"
 #include "device/opencl_functions.h"
 
 namespace quill {
@@ -30,9 +31,10 @@ class CAPABILITY("device") COpenCL {
  public:
   static constexpr const char* kLibrary = "libOpenCL.so.1";
 
-  // Never fails: with no library every operation reports and gives false. Tests name another
-  // library.
-  explicit COpenCL(const char* library = kLibrary);
+  // Never fails: with no library every operation reports and gives false. `giveWay` is the first
+  // that the start-up thread calls. Tests name another library, and keep the start-up's priority:
+  // the lowest one can take minutes on a machine that is busy.
+  explicit COpenCL(const char* library = kLibrary, void (*giveWay)() = &GiveWayToOthers);
   ~COpenCL();
   COpenCL(const COpenCL&) = delete;
   COpenCL& operator=(const COpenCL&) = delete;
@@ -44,6 +46,8 @@ class CAPABILITY("device") COpenCL {
   bool Reinit(const std::string& name, uint64_t size) EXCLUDES(m_lock);
   // Lets go of the device.
   void Disable() EXCLUDES(m_lock);
+  // Returns when no start-up is in progress.
+  void WaitForStart();
   // All devices, each as "platform - device". False with an empty list when there is no library or
   // no platform, or after a report.
   [[nodiscard]] bool GetDevices(std::vector<std::string>* list) const;
@@ -84,7 +88,7 @@ class CAPABILITY("device") COpenCL {
   void LogDecrease() REQUIRES(m_lock);
   // The kernels' source, ended by a zero byte.
   [[nodiscard]] bool LoadKernel(std::vector<char>* source) const REQUIRES(m_lock);
-  // Ends a start-up in progress by waiting for it, with the lock released meanwhile.
+  // Lets go of the device, after a start-up in progress; the lock is released meanwhile.
   void Stop() REQUIRES(m_lock);
   [[nodiscard]] bool EnumerateDevices(const EnumerationLines& lines,
                                       std::vector<Device>* found) const;
@@ -102,6 +106,7 @@ class CAPABILITY("device") COpenCL {
   // Constant after construction.
   OpenCLFunctions m_cl;
   void* m_library = nullptr;
+  void (*const m_giveWay)();
 
   mutable CSync m_lock;                // held for the whole of a start-up and of a job
   std::atomic<pthread_t> m_thread{0};  // the start-up thread until it is joined; 0 for none

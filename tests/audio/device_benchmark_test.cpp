@@ -11,8 +11,10 @@ using Outcome = DeviceBenchmark::Outcome;
 
 TEST(DeviceBenchmark, TellsTheTimesOfARightDeviceAndTheFaultOfAnother) {
   const test::CDeviceControl control;
-  COpenCL device(FAKE_OPENCL);
+  test::CTestDevice device;
   const std::string name = test::DeviceName(device);
+  ASSERT_TRUE(device.Reinit(name, 64));
+  device.WaitForStart();
   const DeviceBenchmark good = RunDeviceBenchmark(device, name, 64);
   EXPECT_EQ(good.outcome, Outcome::kSuccessful) << good.text;
   const std::string mark = " (Lower is better)";

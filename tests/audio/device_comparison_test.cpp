@@ -6,14 +6,12 @@
 #include <array>
 #include <atomic>
 #include <cmath>
-#include <filesystem>
 #include <random>
 #include <thread>
 
 #include "audio/audio_comparer.h"
-#include "core/log.h"
 #include "device/block_shape.h"
-#include "support/temp_folder.h"
+#include "storage/report_log.h"
 #include "support/test_device.h"
 
 namespace quill {
@@ -81,7 +79,7 @@ class DeviceComparison : public testing::Test {
   // One device for all tests: its kernels are built once.
   static void SetUpTestSuite() {
     s_control = new test::CDeviceControl;
-    s_device = new COpenCL(FAKE_OPENCL);
+    s_device = new test::CTestDevice;
   }
   static void TearDownTestSuite() {
     delete s_device;
@@ -89,15 +87,23 @@ class DeviceComparison : public testing::Test {
     delete s_control;
   }
 
+  // What the device makes of it; nothing after a failed test.
+  static std::vector<float> Processed(const Block& block, uint64_t workSize = 64) {
+    std::vector<float> found;
+    EXPECT_TRUE(s_device->Reinit(test::DeviceName(*s_device), workSize));
+    if (!test::AcquireSoon(*s_device)) {
+      ADD_FAILURE() << "no device";
+      return found;
+    }
+    EXPECT_TRUE(s_device->Process(block.target, block.targetLength, block.candidates, block.lengths,
+                                  &found));
+    s_device->Release();
+    return found;
+  }
   static void ExpectCheck(const Block& block, uint64_t workSize) {
     SCOPED_TRACE(testing::Message() << "work size " << workSize);
-    ASSERT_TRUE(s_device->Reinit(test::DeviceName(*s_device), workSize));
-    if (!test::AcquireSoon(*s_device)) FAIL();
-    std::vector<float> found, expected;
-    const bool done = s_device->Process(block.target, block.targetLength, block.candidates,
-                                        block.lengths, &found);
-    s_device->Release();
-    ASSERT_TRUE(done);
+    const std::vector<float> found = Processed(block, workSize);
+    std::vector<float> expected;
     ASSERT_TRUE(
         Check(block.target, block.targetLength, block.candidates, block.lengths, &expected));
     ASSERT_EQ(found.size(), expected.size());
@@ -108,11 +114,11 @@ class DeviceComparison : public testing::Test {
   }
 
   static test::CDeviceControl* s_control;
-  static COpenCL* s_device;
+  static test::CTestDevice* s_device;
 };
 
 test::CDeviceControl* DeviceComparison::s_control = nullptr;
-COpenCL* DeviceComparison::s_device = nullptr;
+test::CTestDevice* DeviceComparison::s_device = nullptr;
 
 TEST_F(DeviceComparison, EveryWorkSizeGivesTheSweepsOfTheProcessor) {
   Random random(1);
@@ -154,21 +160,11 @@ TEST_F(DeviceComparison, TooShortAndFlatSeriesScoreNothing) {
   blocks.emplace_back(RandomBlock(random, Noise, 637, {637, 299, 637, 1, 0, 637}), false);
   blocks.emplace_back(RandomBlock(random, Noise, 299, {637, 299}), true);
   blocks.emplace_back(RandomBlock(random, flat, 637, {637, 300}), true);
-  ASSERT_TRUE(s_device->Reinit(test::DeviceName(*s_device), 64));
   for (const auto& [block, all] : blocks) {
-    if (!test::AcquireSoon(*s_device)) FAIL();
-    std::vector<float> out;
-    const bool done =
-        s_device->Process(block.target, block.targetLength, block.candidates, block.lengths, &out);
-    s_device->Release();
-    ASSERT_TRUE(done);
-    for (size_t i = 0; i < out.size(); ++i) {
-      if (all || block.lengths[i / 2 % block.lengths.size()] < 300) {
-        EXPECT_EQ(out[i], 0) << i;
-      } else {
-        EXPECT_GT(out[i], 0) << i;
-      }
-    }
+    const std::vector<float> out = Processed(block);
+    ASSERT_EQ(out.size(), 4 * block.lengths.size());
+    for (size_t i = 0; i < out.size(); ++i)
+      EXPECT_EQ(out[i] == 0, all || block.lengths[i / 2 % block.lengths.size()] < 300) << i;
   }
 }
 
@@ -221,30 +217,19 @@ CRef<const BarkPrint> MakePrint(Random& random, RowFiller fill, int32_t length) 
 class DeviceScan : public DeviceComparison {
  protected:
   DeviceScan() {
-    CLog::Instance().SetFolder(m_logs.Path());
     EXPECT_TRUE(s_device->Reinit(test::DeviceName(*s_device), 64));
-    if (!test::AcquireSoon(*s_device)) {
-      ADD_FAILURE() << "no device";
-      return;
-    }
-    s_device->Release();
+    s_device->WaitForStart();
   }
-  ~DeviceScan() override {
-    s_control->Reset();
-    CLog::Instance().SetFolder({});
-  }
-  size_t CountInLog(std::string_view text) {
-    CLog::Instance().SetFolder(m_logs.Path());
+  ~DeviceScan() override { s_control->Reset(); }
+  // Since the last time.
+  size_t UsesThatFailed() {
+    const std::string log = m_log.TakeText(), text = "OpenCL use failed";
     size_t count = 0;
-    for (const auto& file : std::filesystem::directory_iterator(m_logs.Path())) {
-      const std::string log = test::ReadAll(file.path());
-      for (size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1))
-        ++count;
-    }
+    for (size_t at = log.find(text); at != log.npos; at = log.find(text, at + 1)) ++count;
     return count;
   }
 
-  test::CTempFolder m_logs;
+  test::CReportLog m_log;
 };
 
 TEST_F(DeviceScan, BlocksOfAThousand) {
@@ -321,11 +306,11 @@ TEST_F(DeviceScan, SamePairsWithAndWithoutADevice) {
   expectSame(scan(s_device));
   const auto printless = static_cast<size_t>(
       std::count_if(files.begin(), files.end(), [](const File& file) { return !file.bark; }));
-  EXPECT_EQ(CountInLog("OpenCL use failed"), printless);
+  EXPECT_EQ(UsesThatFailed(), printless);
   // It fails in the middle of a file, and for good.
   s_control->FailAfter("clSetKernelArg", 1000);
   expectSame(scan(s_device));
-  EXPECT_GT(CountInLog("OpenCL use failed"), 2 * printless + 10);
+  EXPECT_GT(UsesThatFailed(), printless + 10);
   s_control->Reset();
   s_device->Disable();
   expectSame(scan(s_device));

@@ -17,14 +17,19 @@ class CReportLog {
   CReportLog(const CReportLog&) = delete;
   CReportLog& operator=(const CReportLog&) = delete;
 
-  // The reports since the last call, as "Name:line" with a blank behind each.
-  [[nodiscard]] std::string Take() {
+  // All that was logged since the last call.
+  [[nodiscard]] std::string TakeText() {
     CLog::Instance().SetFolder(m_folder.Path());
     std::string text;
     for (const auto& entry : std::filesystem::directory_iterator(m_folder.Path())) {
       text += ReadAll(entry.path());
       std::filesystem::remove(entry.path());
     }
+    return text;
+  }
+  // The reports of it, as "Name:line" with a blank behind each.
+  [[nodiscard]] std::string Take() {
+    const std::string text = TakeText();
     std::string reports;
     constexpr std::string_view kFailed = " failed [";
     for (size_t at = text.find(kFailed); at != std::string::npos; at = text.find(kFailed, at + 1)) {
