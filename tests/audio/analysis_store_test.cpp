@@ -130,37 +130,30 @@ TEST_F(AnalysisStore, GetCacheGivesTheStoredRecordOnlyIfAllIsEqual) {
   same->modified = 77;
   EXPECT_EQ(m_store.GetCache(*same), stored);
 
-  const std::vector<void (*)(AnalysisInfo&)> changes = {
-      [](AnalysisInfo& i) { i.path += "!"; },
-      [](AnalysisInfo& i) { i.artist += "!"; },
-      [](AnalysisInfo& i) { i.album += "!"; },
-      [](AnalysisInfo& i) { i.title += "!"; },
-      [](AnalysisInfo& i) { ++i.size; },
-      [](AnalysisInfo& i) { ++i.durationMs; },
-      [](AnalysisInfo& i) { ++i.bitrate; },
-      [](AnalysisInfo& i) { ++i.sampleRate; },
-      [](AnalysisInfo& i) { ++i.dataFormat; },
-      [](AnalysisInfo& i) { ++i.channels; },
-      [](AnalysisInfo& i) { ++i.format; },
-      [](AnalysisInfo& i) { ++i.clipping; },
-      [](AnalysisInfo& i) { ++i.silence; },
-      [](AnalysisInfo& i) { i.absMean += 1e-6F; },
-      [](AnalysisInfo& i) { i.minStep += 1e-6F; },
-      [](AnalysisInfo& i) { i.absMax -= 1e-6F; },
-      [](AnalysisInfo& i) { ++i.maxFreq; },
-      [](AnalysisInfo& i) { ++i.clicks; },
-      [](AnalysisInfo& i) { ++i.averageSpectrum[31]; },
-      [](AnalysisInfo& i) { ++i.peakSpectrum[0]; }};
-  for (size_t n = 0; n < changes.size(); ++n) {
+  const auto expectOther = [&](auto change) {
     const auto wanted = Info("/x");
-    changes[n](*wanted);
+    change(*wanted);
     const CRef<const AnalysisInfo> made = m_store.GetCache(*wanted);
-    ASSERT_TRUE(made) << n;
-    EXPECT_NE(made.Get(), stored.Get()) << n;
-    EXPECT_EQ(made->modified, 0U) << n;
-    EXPECT_EQ(made->title, wanted->title) << n;
-    EXPECT_EQ(made->peakSpectrum, wanted->peakSpectrum) << n;
-  }
+    ASSERT_TRUE(made);
+    EXPECT_NE(made.Get(), stored.Get());
+    EXPECT_EQ(made->modified, 0U);
+    EXPECT_EQ(made->title, wanted->title);
+    EXPECT_EQ(made->peakSpectrum, wanted->peakSpectrum);
+  };
+  using I = AnalysisInfo;
+  for (const auto text : {&I::path, &I::artist, &I::album, &I::title})
+    expectOther([&](I& info) { info.*text += "!"; });
+  for (const auto number : {&I::durationMs, &I::bitrate, &I::sampleRate})
+    expectOther([&](I& info) { ++(info.*number); });
+  for (const auto measure :
+       {&I::clipping, &I::silence, &I::absMean, &I::minStep, &I::absMax, &I::maxFreq, &I::clicks})
+    expectOther([&](I& info) { info.*measure *= 1.00001F; });
+  expectOther([](I& info) { ++info.size; });
+  expectOther([](I& info) { ++info.dataFormat; });
+  expectOther([](I& info) { ++info.channels; });
+  expectOther([](I& info) { ++info.format; });
+  expectOther([](I& info) { ++info.averageSpectrum[31]; });
+  expectOther([](I& info) { ++info.peakSpectrum[0]; });
   EXPECT_EQ(m_store.RecordCount(), 1U);
   EXPECT_EQ(m_store.Find("/x"), stored);
 }

@@ -99,48 +99,28 @@ class AudioAnalyser : public testing::Test {
 };
 
 TEST_F(AudioAnalyser, KnownSignalsThroughTheDecoder) {
-  Samples square(10 * kRate);
-  for (size_t i = 0; i < square.size(); ++i) square[i] = i / 50 % 2 ? -1.0F : 0.99997F;
-  const auto clipped = Analyse(Wav("square.wav", Stereo(square, square), 2));
-  EXPECT_GE(clipped->clipping, 2.0F * 0.99F * float(square.size()));
-  EXPECT_NEAR(clipped->absMax, 1, 1e-3);
-  EXPECT_EQ(clipped->channels, 2);
-  EXPECT_EQ(clipped->durationMs, 10000U);
-  EXPECT_EQ(clipped->sampleRate, kRate);
-  EXPECT_EQ(clipped->format, wire::kPcm);
-  EXPECT_EQ(clipped->dataFormat, wire::kSigned16);
-
-  Samples gap = test::Sine(440, 0.25, 60, kRate);
-  std::fill_n(gap.begin() + 20 * kRate, 20 * kRate, 0.0F);
-  EXPECT_EQ(Analyse(Wav("gap.wav", gap))->silence, 1);
-  Samples ends = test::Sine(440, 0.25, 60, kRate);
-  std::fill_n(ends.begin(), 20 * kRate, 0.0F);
-  std::fill_n(ends.end() - 20 * kRate, 20 * kRate, 0.0F);
-  EXPECT_EQ(Analyse(Wav("ends.wav", ends))->silence, 0);
-
-  Samples clicks = test::Sine(220, 0.3, 20, kRate);
+  Samples clicks = test::Sine(220, 0.3, 60, kRate);
+  std::fill_n(clicks.begin() + 20 * kRate, 20 * kRate, 0.0F);
   for (size_t n = 1; n <= 25; ++n) clicks[n * 30000] += 0.5F;
-  const auto clicked =
-      Analyse(Wav("clicks.wav", Stereo(clicks, test::Sine(220, 0.3, 20, kRate)), 2));
-  EXPECT_EQ(clicked->clicks, 25);
-
-  Samples offset = test::Sine(440, 0.5, 10, kRate);
-  for (float& s : offset) s += 0.15F;
-  EXPECT_NEAR(Analyse(Wav("offset.wav", offset))->absMean, 0.15, 1e-3);
-  EXPECT_EQ(Analyse(m_folder / "offset.wav")->channels, 1);
+  const auto info = Analyse(Wav("clicks.wav", Stereo(clicks, test::Sine(220, 0.3, 60, kRate)), 2));
+  EXPECT_EQ(info->clicks, 25);
+  EXPECT_EQ(info->silence, 1);
+  EXPECT_EQ(info->channels, 2);
+  EXPECT_EQ(info->durationMs, 60000U);
+  EXPECT_EQ(info->sampleRate, kRate);
+  EXPECT_EQ(info->format, wire::kPcm);
+  EXPECT_EQ(info->dataFormat, wire::kSigned16);
 
   const Samples music = test::Music(2, 12, kRate, 1);
-  const auto coarse =
-      Analyse(Wav("8bit.wav", Stereo(music, music), 2, kRate, test::WavType::kUnsigned8));
-  EXPECT_EQ(coarse->minStep, 1.0F / 128);
   // Mono comes as float, and tells the same.
-  EXPECT_EQ(Analyse(Wav("8bit mono.wav", music, 1, kRate, test::WavType::kUnsigned8))->minStep,
-            1.0F / 128);
-  EXPECT_EQ(Analyse(Wav("mono.wav", music))->minStep, 1.0F / 32768);
-
-  Samples low = music;
-  for (float& s : low) s *= 0.04F;
-  EXPECT_NEAR(Analyse(Wav("low.wav", low))->absMax, 0.01, 1e-4);
+  for (const uint32_t channels : {2U, 1U})
+    EXPECT_EQ(Analyse(Wav("8bit.wav", channels == 2 ? Stereo(music, music) : music, channels, kRate,
+                          test::WavType::kUnsigned8))
+                  ->minStep,
+              1.0F / 128);
+  const auto mono = Analyse(Wav("mono.wav", music));
+  EXPECT_EQ(mono->minStep, 1.0F / 32768);
+  EXPECT_EQ(mono->channels, 1);
 
   const auto half = Analyse(Wav("22k.wav", test::Music(2, 12, 22050, 1), 1, 22050));
   EXPECT_EQ(half->sampleRate, 22050U);

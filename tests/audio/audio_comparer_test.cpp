@@ -126,30 +126,25 @@ TEST_F(Walk, DurationGate) {
   struct Case {
     float ratio;
     uint32_t target, candidate;
-    bool passes;
+    bool passes, isOn = true;
   };
-  const std::array<Case, 8> cases = {{{0.7F, 100000, 70000, true},
+  const std::array<Case, 9> cases = {{{0.7F, 100000, 70000, true},
                                       {0.7F, 70000, 100000, true},
                                       {0.7F, 100000, 69999, false},
                                       {0.7F, 69999, 100000, false},
                                       {0.7F, 100000, 0, true},
                                       {0.7F, 0, 100000, true},
                                       {0.0F, 100000, 1, true},
-                                      {1.0F, 100000, 99999, false}}};
+                                      {1.0F, 100000, 99999, false},
+                                      {1.0F, 100000, 1, true, false}}};
   for (const Case& c : cases) {
     m_engine.m_sink.m_pairs.clear();
     m_engine.m_store.ClearEntries();
-    m_engine.m_settings.Configure(true, false, false, true, true, 0.75F, 1, 1, c.ratio);
+    m_engine.m_settings.Configure(true, false, false, c.isOn, true, 0.75F, 1, 1, c.ratio);
     Add(Parts("/a/Song.mp3", c.candidate));
     Add(Parts("/b/Song.mp3", c.target));
     EXPECT_EQ(Pairs().size(), c.passes ? 1U : 0U) << c.target << " " << c.candidate;
   }
-  m_engine.m_store.ClearEntries();
-  m_engine.m_sink.m_pairs.clear();
-  m_engine.m_settings.Configure(true, false, false, false, true, 0.75F, 1, 1, 1);
-  Add(Parts("/a/Song.mp3", 1));
-  Add(Parts("/b/Song.mp3", 100000));
-  EXPECT_EQ(Pairs().size(), 1U);
 }
 
 TEST_F(Walk, FolderGroupsAndIgnoredPairs) {
@@ -213,17 +208,12 @@ TEST_F(Walk, ScoresTravelTogether) {
 
 TEST_F(Walk, PreciseNeedsTwoPrintsOfOneKind) {
   m_engine.m_settings.Configure(true, false, true, false, true, 0, 1, 0, 0);
-  AudioEntry shortOne = Parts("/1");
-  shortOne.correlogram = RandomCorrelogram(1, 100);
-  AudioEntry longOne = Parts("/2");
-  longOne.bark = RandomBark(1, 400);
-  AudioEntry tooShort = Parts("/3");
-  tooShort.bark = RandomBark(1, 299);
-  AudioEntry shortTwin = Parts("/4");
-  shortTwin.correlogram = shortOne.correlogram;
-  AudioEntry longTwin = Parts("/5");
-  longTwin.bark = longOne.bark;
-  for (const AudioEntry& parts : {shortOne, longOne, tooShort, shortTwin, longTwin}) Add(parts);
+  std::array<AudioEntry, 5> files = {Parts("/1"), Parts("/2"), Parts("/3"), Parts("/4"),
+                                     Parts("/5")};
+  files[0].correlogram = files[3].correlogram = RandomCorrelogram(1, 100);
+  files[1].bark = files[4].bark = RandomBark(1, 400);
+  files[2].bark = RandomBark(1, 299);  // too short
+  for (const AudioEntry& parts : files) Add(parts);
   ASSERT_EQ(Pairs().size(), 10U);
   for (const Pair& pair : Pairs()) {
     const bool twins =
@@ -297,20 +287,19 @@ TEST_F(Files, LengthChoosesThePrint) {
     bool isLong;
     size_t values;  // a band
   };
-  std::vector<float> silence(15 * kRate, 0.0F);
-  std::vector<float> lateSound = silence;
-  const std::vector<float> sound = Steady(25);
-  lateSound.insert(lateSound.end(), sound.begin(), sound.end());
+  const auto late = [](double seconds) {
+    std::vector<float> samples(15 * kRate, 0.0F);
+    const std::vector<float> sound = Steady(seconds);
+    samples.insert(samples.end(), sound.begin(), sound.end());
+    return samples;
+  };
   std::vector<float> justShort = Steady(30);
   justShort.pop_back();
-  std::vector<float> minutes = silence;
-  const std::vector<float> more = Steady(100);
-  minutes.insert(minutes.end(), more.begin(), more.end());
   const std::array<Case, 5> cases = {{{"30s.wav", Steady(30), true, 314},
                                       {"short.wav", justShort, false, 643},
-                                      {"late.wav", lateSound, false, 536},
+                                      {"late.wav", late(25), false, 536},
                                       // Cut at its start, then read on to a full minute.
-                                      {"minutes.wav", minutes, true, 637},
+                                      {"minutes.wav", late(100), true, 637},
                                       {"tiny.wav", Steady(0.3), false, 4}}};
   for (const Case& c : cases) {
     const std::string path = Wav(c.name, c.samples);

@@ -12,6 +12,7 @@
 
 #include "audio/audio_comparer.h"
 #include "audio/audio_record.h"
+#include "storage/stop_and_resume.h"
 #include "support/temp_folder.h"
 
 namespace quill {
@@ -61,6 +62,16 @@ AudioEntry FullEntry(const std::string& path, int32_t barkLength = kBarkLongest)
   for (size_t i = 0; i < correlogram->values.size(); ++i) correlogram->values[i] = uint8_t(i * 7);
   parts.correlogram = correlogram;
   return parts;
+}
+
+// Those parts of a whole entry.
+AudioEntry Only(const AudioEntry& full, uint32_t parts) {
+  AudioEntry some;
+  if (parts & AudioEntry::kInfo) some.info = full.info;
+  if (parts & AudioEntry::kSpectrum) some.spectrum = full.spectrum;
+  if (parts & AudioEntry::kBark) some.bark = full.bark;
+  if (parts & AudioEntry::kCorrelogram) some.correlogram = full.correlogram;
+  return some;
 }
 
 std::vector<uint8_t> Payload(const std::string& path, const AudioEntry& parts) {
@@ -126,11 +137,8 @@ TEST_F(AudioStore, FileJoinsAScanOnce) {
 
 TEST_F(AudioStore, LaterRecordExtendsAnEarlierOne) {
   const AudioEntry full = FullEntry("/x");
-  AudioEntry first;
-  first.info = full.info;
-  first.spectrum = full.spectrum;
-  AudioEntry second;
-  second.bark = full.bark;
+  const AudioEntry first = Only(full, AudioEntry::kInfo | AudioEntry::kSpectrum);
+  AudioEntry second = Only(full, AudioEntry::kBark);
   second.keys = MakeTagKeys(*full.info);
   ASSERT_EQ(m_store.File("/x", first, 1, true), CAudioStore::Filed::kYes);
   m_store.ResetScanState();
@@ -147,8 +155,6 @@ TEST_F(AudioStore, LaterRecordExtendsAnEarlierOne) {
   EXPECT_EQ(entry.group, 0U);
   EXPECT_EQ(entry.ordinal, 0U);
   EXPECT_EQ(entry.info->artist, "Artist of /x");
-  EXPECT_EQ(entry.info->modified, 1700000000U);
-  EXPECT_EQ(entry.info->size, 5000000000U);
   ASSERT_TRUE(entry.spectrum && entry.bark);
   EXPECT_FALSE(entry.keys || entry.correlogram);
   EXPECT_EQ(entry.spectrum->skeleton, full.spectrum->skeleton);
@@ -173,9 +179,8 @@ TEST_F(AudioStore, ChangedFileLosesWhatItDoesNotYieldAgain) {
   before.keys = MakeTagKeys(*before.info);
   ASSERT_EQ(m_store.File("/x", before, 0, false), CAudioStore::Filed::kYes);
   m_store.ResetScanState();
-  AudioEntry after;
+  AudioEntry after = Only(FullEntry("/x"), AudioEntry::kCorrelogram);
   after.info = Rewritten(*before.info);
-  after.correlogram = FullEntry("/x").correlogram;
   const uint32_t asked = AudioEntry::kInfo | AudioEntry::kSpectrum | AudioEntry::kCorrelogram;
   ASSERT_EQ(m_store.File("/x", after, 0, false, asked), CAudioStore::Filed::kYes);
   AudioEntry entry;
@@ -186,23 +191,17 @@ TEST_F(AudioStore, ChangedFileLosesWhatItDoesNotYieldAgain) {
 
   // The same file, with no more of it known than its tags.
   m_store.ResetScanState();
-  AudioEntry tags;
-  tags.info = after.info;
-  ASSERT_EQ(m_store.File("/x", tags, 0, false), CAudioStore::Filed::kYes);
+  ASSERT_EQ(m_store.File("/x", Only(after, AudioEntry::kInfo), 0, false), CAudioStore::Filed::kYes);
   ASSERT_TRUE(m_store.FindEntry("/x", &entry));
   EXPECT_TRUE(entry.bark && entry.correlogram);
 }
 
 TEST_F(AudioStore, RecordOfAChangedFileReplacesTheEarlierOnes) {
   const AudioEntry full = FullEntry("/x");
-  AudioEntry first;
-  first.info = full.info;
-  first.spectrum = full.spectrum;
-  AudioEntry addition;
-  addition.bark = full.bark;
-  AudioEntry changed;
+  const AudioEntry first = Only(full, AudioEntry::kInfo | AudioEntry::kSpectrum);
+  const AudioEntry addition = Only(full, AudioEntry::kBark);
+  AudioEntry changed = Only(full, AudioEntry::kCorrelogram);
   changed.info = Rewritten(*full.info);
-  changed.correlogram = full.correlogram;
   AudioEntry entry;
   for (const AudioEntry& parts : {first, addition})
     m_store.LoadRecord(CCacheReader(Payload("/x", parts)));
@@ -252,8 +251,7 @@ TEST_F(AudioStore, RecordCutAnywhereAddsNothing) {
 }
 
 TEST_F(AudioStore, ImpossibleRecordsAreRefused) {
-  AudioEntry onlyBark;
-  onlyBark.bark = FullEntry("/x", 20).bark;
+  const AudioEntry onlyBark = Only(FullEntry("/x", 20), AudioEntry::kBark);
   m_store.LoadRecord(CCacheReader(Payload("/unknown", onlyBark)));
   const std::vector<uint8_t> nothing = {2, 0, '/', 'p', 0};
   m_store.LoadRecord(CCacheReader(nothing));
@@ -345,28 +343,13 @@ TEST_F(AudioStore, RestoreRebuildsTheOrderOfArrival) {
   EXPECT_EQ(entry.keys->filename, U"c");
 }
 
-class CNoPool : public CPendingWorkPool {
- public:
-  void Shutdown(CSerializer*) override {}
-};
-class CNoQueue : public CPendingWorkQueue {
- public:
-  void Requeue(uint32_t, std::string, uint8_t, uint8_t) override { ADD_FAILURE(); }
-};
-
 TEST_F(AudioStore, ScanStateSurvivesTheProgram) {
   for (const char* path : {"/a", "/b", "/c", "/d"}) FileOf(path);
   m_store.ResetScanState();
   FileOf("/d", 200);
   FileOf("/a", 1);
   FileOf("/c");
-  CPendingWorkStore pending;
-  CNoPool pool;
-  CNoQueue queue;
-  ASSERT_TRUE(pending.Open(m_folder / "pending"));
-  ASSERT_TRUE(CSerializer(pending, pool, &m_store, nullptr).InnerProcess());
-  m_store.ResetScanState();
-  ASSERT_TRUE(CSerializerReader(pending, queue, &m_store, nullptr).InnerProcess());
+  test::StopAndResume(m_folder / "pending", &m_store, nullptr, [&] { m_store.ResetScanState(); });
   EXPECT_EQ(WalkOrder(), (std::vector<std::string>{"/d", "/a", "/c"}));
   AudioEntry entry;
   ASSERT_TRUE(m_store.FindEntry("/d", &entry));

@@ -79,19 +79,20 @@ TEST(Likeness, VeryLongTextIsCountedRight) {
 }
 
 TEST(Likeness, EmptyTextIsLikeNothing) {
-  EXPECT_EQ(Likeness(U"", U""), 0.0f);
-  EXPECT_EQ(Likeness(U"", U"a"), 0.0f);
-  EXPECT_EQ(Likeness(U"a", U""), 0.0f);
-  EXPECT_EQ(Likeness(U"a", U"a"), 1.0f);
-  EXPECT_EQ(Likeness(U"a", U"b"), 0.0f);
+  for (const std::u32string_view other : {U"", U"a"}) {
+    EXPECT_EQ(Likeness(U"", other), 0.0f);
+    EXPECT_EQ(Likeness(other, U""), 0.0f);
+  }
 }
 
-void Fill(TagKeys* keys, std::u32string filename, std::u32string artist, std::u32string album,
-          std::u32string title) {
+CRef<TagKeys> Keys(std::u32string filename, std::u32string artist, std::u32string album,
+                   std::u32string title) {
+  auto keys = MakeRef<TagKeys>();
   keys->filename = std::move(filename);
   keys->artist = std::move(artist);
   keys->album = std::move(album);
   keys->title = std::move(title);
+  return keys;
 }
 
 // The order of steps as told, nothing left out.
@@ -125,28 +126,23 @@ TEST(TagScore, EqualsTheStepsOnRandomKeys) {
   const std::u32string texts[] = {U"", U"", U"abba", U"waterloo", U"abbawaterloo", U"cab", U"01"};
   const auto any = [&] { return texts[random() % std::size(texts)]; };
   for (int round = 0; round < 5000; ++round) {
-    TagKeys t, c;
-    Fill(&t, any(), any(), any(), any());
-    Fill(&c, any(), any(), any(), any());
-    ASSERT_EQ(TagScore(t, c), PlainTagScore(t, c)) << round;
+    const auto t = Keys(any(), any(), any(), any()), c = Keys(any(), any(), any(), any());
+    ASSERT_EQ(TagScore(*t, *c), PlainTagScore(*t, *c)) << round;
   }
 }
 
 TEST(TagScore, SeesThroughSwapsAndMissingTags) {
-  TagKeys t, c;
-  Fill(&t, U"one", U"abba", U"gold", U"waterloo");
-  Fill(&c, U"xyz", U"abba", U"gold", U"waterloo");
-  EXPECT_NEAR(TagScore(t, c), 0.85f, 1e-6);
-  Fill(&c, U"one", U"waterloo", U"gold", U"abba");
-  EXPECT_NEAR(TagScore(t, c), 1.0f, 1e-6);
-  Fill(&t, U"samename", U"", U"", U"");
-  Fill(&c, U"samename", U"", U"", U"");
-  EXPECT_NEAR(TagScore(t, c), 1.0f, 1e-6);
-  Fill(&t, U"zzz", U"", U"", U"waterloo");
-  Fill(&c, U"waterloo", U"", U"", U"");
-  EXPECT_NEAR(TagScore(t, c), (0.4f + 0.15f * Likeness(U"zzz", U"waterloo")) / 0.55f, 1e-6);
-  Fill(&t, U"", U"", U"", U"");
-  EXPECT_EQ(TagScore(t, t), 0.0f);
+  const auto score = [](const CRef<TagKeys>& a, const CRef<TagKeys>& b) {
+    return TagScore(*a, *b);
+  };
+  const auto t = Keys(U"one", U"abba", U"gold", U"waterloo");
+  EXPECT_NEAR(score(t, Keys(U"xyz", U"abba", U"gold", U"waterloo")), 0.85f, 1e-6);
+  EXPECT_NEAR(score(t, Keys(U"one", U"waterloo", U"gold", U"abba")), 1.0f, 1e-6);
+  const auto name = Keys(U"samename", U"", U"", U""), nothing = Keys(U"", U"", U"", U"");
+  EXPECT_NEAR(score(name, name), 1.0f, 1e-6);
+  EXPECT_NEAR(score(Keys(U"zzz", U"", U"", U"waterloo"), Keys(U"waterloo", U"", U"", U"")),
+              (0.4f + 0.15f * Likeness(U"zzz", U"waterloo")) / 0.55f, 1e-6);
+  EXPECT_EQ(score(nothing, nothing), 0.0f);
 }
 
 }  // namespace

@@ -105,7 +105,7 @@ TEST_F(ConfigurationTest, BytesAreNoText) {
   EXPECT_EQ(m_configuration.GetString("key", "fallback"), "");
 }
 
-TEST_F(ConfigurationTest, RegisteredValuesWinOverDifferentFallbacks) {
+TEST_F(ConfigurationTest, RegisteredGroupsWinOverFallbacksAndCanBeReset) {
   for (const auto* group : {&DefaultsGeneral(), &DefaultsMiscellaneous(), &DefaultsOpenCl()})
     m_configuration.Register(*group);
   EXPECT_FALSE(m_configuration.GetBool("enableMoveFolder", true));

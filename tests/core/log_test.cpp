@@ -61,12 +61,10 @@ TEST_F(LogTest, RestartOnTheSameDayGoesOnBehindTheText) {
       const std::string text(length - kStamp - 2, 'x');
       const pid_t child = fork();
       if (child == 0) {
-        {
-          CLog log(&Now);
-          log.SetFolder(folder.Path());
-          log.Line(text);
-          if (crash) _exit(0);
-        }
+        auto* const log = new CLog(&Now);
+        log->SetFolder(folder.Path());
+        log->Line(text);
+        if (!crash) delete log;
         _exit(0);
       }
       waitpid(child, nullptr, 0);
@@ -117,9 +115,7 @@ TEST_F(LogTest, SanitizedTextStaysOneLine) {
     log.Line(text);
     expected += Line(clean);
   }
-  {
-    CLogLine(log, false).Append("one\ttwo\nthree").Append(static_cast<const char*>(nullptr));
-  }
+  CLogLine(log, false).Append("one\ttwo\nthree").Append(static_cast<const char*>(nullptr));
   expected += Line("one\ttwo\nthree");
   EXPECT_TRUE(TextOf(m_file) == expected);
 }
@@ -188,8 +184,8 @@ TEST_F(LogTest, LinesOfManyThreadsNeverMix) {
   {
     CLog log(&Now);
     log.SetFolder(m_folder.Path());
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
+    std::vector<std::jthread> threads;
+    for (int t = 0; t < kThreads; ++t)
       threads.emplace_back([&log, t] {
         for (int i = 0; i < kLines; ++i) {
           CLogLine line(log);
@@ -197,8 +193,7 @@ TEST_F(LogTest, LinesOfManyThreadsNeverMix) {
           line.Append(std::string(static_cast<size_t>(i % 97), static_cast<char>('a' + t)));
         }
       });
-    }
-    for (auto& thread : threads) thread.join();
+    threads.clear();
   }
   std::istringstream text(ReadAll(m_file));
   int next[kThreads] = {};

@@ -4,13 +4,10 @@
 #include <sys/time.h>
 
 #include <array>
-#include <atomic>
 #include <cmath>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "decoding/link_test.h"
@@ -127,48 +124,20 @@ TEST_F(ImageWalk, EitherScoreReportsBoth) {
 TEST_F(ImageWalk, SignaturesThatOneSideLacksHaveNoScore) {
   m_shared.m_settings.Configure(true, true, 0.75F, 0.75F);
   const ImageEntry full = test::Entry("/full", test::Photograph(1));
-  ImageEntry content = full, experimental = full, none = full;
-  content.info = test::Info("/content");
-  content.experimental = {};
-  experimental.info = test::Info("/experimental");
-  experimental.content = {};
-  none.info = test::Info("/none");
-  none.content = {};
-  none.experimental = {};
-  for (const ImageEntry& parts : {none, content, experimental, full}) Add(parts);
-  ASSERT_EQ(Pairs().size(), 2U);
-  EXPECT_EQ(Pairs()[0].second, "/content");
-  EXPECT_EQ(Pairs()[0].experimental, -1);
-  EXPECT_EQ(Pairs()[1].second, "/experimental");
-  EXPECT_EQ(Pairs()[1].content, -1);
-}
-
-// Every worker files its pictures and walks the earlier ones after each, as in a scan.
-TEST_F(ImageWalk, EachPairIsSeenOnceByManyThreads) {
-  constexpr int kThreads = 4;
-  constexpr int kFiles = 40;  // a thread
-  const test::Picture picture = test::Photograph(1, 64, 64);
-  std::atomic<int> failures{0};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&, t] {
-      CEngine engine(m_shared, m_table, "/no decoder");
-      for (int i = 0; i < kFiles; ++i) {
-        const std::string path = "/" + std::to_string(t) + "/" + std::to_string(i);
-        if (m_shared.m_store.File(path, test::Entry(path, picture), 0, false) !=
-                CImageStore::Filed::kYes ||
-            !engine.m_comparer.CompareFile(path))
-          ++failures;
-      }
-    });
+  for (const bool content : {false, true}) {
+    for (const bool experimental : {false, true}) {
+      ImageEntry parts = full;
+      parts.info = test::Info("/" + std::to_string(content) + std::to_string(experimental));
+      if (!content) parts.content = {};
+      if (!experimental) parts.experimental = {};
+      Add(parts);
+    }
   }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(failures, 0);
-  std::set<std::set<std::string>> seen;
-  for (const Pair& pair : Pairs()) seen.insert({pair.first, pair.second});
-  constexpr size_t kAll = kThreads * kFiles;
-  EXPECT_EQ(Pairs().size(), kAll * (kAll - 1) / 2);
-  EXPECT_EQ(seen.size(), Pairs().size());
+  ASSERT_EQ(Pairs().size(), 2U);
+  EXPECT_EQ(Pairs()[0].second, "/01");
+  EXPECT_EQ(Pairs()[0].content, -1);
+  EXPECT_EQ(Pairs()[1].second, "/10");
+  EXPECT_EQ(Pairs()[1].experimental, -1);
 }
 
 TEST(ImageSettings, ValuesAreClamped) {

@@ -11,6 +11,7 @@
 
 #include "image/test_picture.h"
 #include "support/each_target.h"
+#include "support/plain_moments.h"
 
 namespace quill {
 namespace {
@@ -51,18 +52,9 @@ double PlainContent(const ImageContent& x, const ImageContent& y) {
 }
 
 double PlainPearson(const std::vector<uint8_t>& a, const std::vector<uint8_t>& b) {
-  double x = 0, y = 0, xx = 0, yy = 0, xy = 0;
-  for (size_t i = 0; i < a.size(); ++i) {
-    x += a[i];
-    y += b[i];
-    xx += a[i] * a[i];
-    yy += b[i] * b[i];
-    xy += a[i] * b[i];
-  }
-  const auto n = double(a.size());
-  const double dx = std::sqrt(n * xx - x * x), dy = std::sqrt(n * yy - y * y);
-  if (dx == 0 || dy == 0) return dx == dy ? 1 : 0;
-  return (n * xy - x * y) / (dx * dy);
+  const test::PlainMoments m(a, b, a.size());
+  const bool flatA = m.xx < 1e-9, flatB = m.yy < 1e-9;
+  return flatA || flatB ? flatA && flatB : m.Pearson();
 }
 
 double PlainExperimental(const ImageExperimental& x, const ImageExperimental& y) {
@@ -153,13 +145,11 @@ TEST(Scores, SurviveChangesOfSizeAndQuality) {
 TEST(Scores, OtherPicturesAreFarApart) {
   std::vector<ImageEntry> entries;
   for (uint32_t seed = 1; seed <= 12; ++seed) entries.push_back(Entry("/x", Photograph(seed)));
-  for (size_t i = 0; i < entries.size(); ++i) {
+  for (size_t i = 0; i < entries.size(); ++i)
     for (size_t j = 0; j < i; ++j) {
       EXPECT_LT(Content(*entries[i].content, *entries[j].content), 0.3F) << i << " " << j;
-      EXPECT_LT(Experimental(*entries[i].experimental, *entries[j].experimental), 0.6F)
-          << i << " " << j;
+      EXPECT_LT(Experimental(*entries[i].experimental, *entries[j].experimental), 0.6F) << i << j;
     }
-  }
 }
 
 TEST(Scores, FlatPictures) {

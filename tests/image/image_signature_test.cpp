@@ -6,10 +6,12 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <numeric>
 #include <random>
 #include <vector>
 
 #include "image/test_picture.h"
+#include "support/plain_moments.h"
 
 namespace quill {
 namespace {
@@ -53,31 +55,21 @@ TEST(Thumbnail, SmallPicturesAreInterpolatedOthersAveraged) {
 // By the definition, in doubles.
 std::vector<double> PlainSequence(const std::vector<float>& image, int32_t n, int32_t rows,
                                   bool byColumn) {
-  const auto at = [&](int32_t row, int32_t i) {
-    return double{byColumn ? image[size_t(i) * rows + row] : image[size_t(row) * n + i]};
+  const auto row = [&](int32_t r) {
+    std::vector<float> values;
+    for (int32_t i = 0; i < n; ++i)
+      values.push_back(image[size_t(byColumn ? i * rows + r : r * n + i)]);
+    return values;
   };
   std::vector<double> out(size_t(rows), 0.0);
   for (int32_t r = 1; r < rows; ++r) {
-    double meanA = 0, meanB = 0, dot = 0, a2 = 0, b2 = 0;
-    for (int32_t i = 0; i < n; ++i) {
-      meanA += at(r - 1, i) / n;
-      meanB += at(r, i) / n;
-    }
-    for (int32_t i = 0; i < n; ++i) {
-      dot += (at(r - 1, i) - meanA) * (at(r, i) - meanB);
-      a2 += (at(r - 1, i) - meanA) * (at(r - 1, i) - meanA);
-      b2 += (at(r, i) - meanB) * (at(r, i) - meanB);
-    }
-    if (std::sqrt(a2 * b2) / n > 1e-6) out[size_t(r)] = dot / std::sqrt(a2 * b2);
+    const test::PlainMoments m(row(r - 1), row(r), size_t(n));
+    if (std::sqrt(m.xx * m.yy) > 1e-6) out[size_t(r)] = m.Pearson();
   }
-  double mean = 0, square = 0;
-  for (int32_t r = 1; r < rows; ++r) mean += out[size_t(r)] / (rows - 1);
-  for (int32_t r = 1; r < rows; ++r) {
-    out[size_t(r)] -= mean;
-    square += out[size_t(r)] * out[size_t(r)] / (rows - 1);
-  }
-  if (std::sqrt(square) > 1e-6)
-    for (double& value : out) value /= std::sqrt(square);
+  const test::PlainMoments all(out.data() + 1, out.data() + 1, size_t(rows) - 1);
+  const double mean = std::accumulate(out.begin(), out.end(), 0.0) / std::max(rows - 1, 1);
+  for (size_t r = 1; r < out.size(); ++r)
+    out[r] = (out[r] - mean) / (std::sqrt(all.xx) > 1e-6 ? std::sqrt(all.xx) : 1);
   return out;
 }
 

@@ -13,6 +13,7 @@
 #include "image/image_record.h"
 #include "image/image_scores.h"
 #include "image/test_picture.h"
+#include "storage/stop_and_resume.h"
 #include "support/temp_folder.h"
 
 namespace quill {
@@ -98,21 +99,6 @@ TEST_F(ImageStore, PartsOfTwoRecordsComeBackWhole) {
   EXPECT_EQ(entry.experimental->quadrant2.Deviation(), m_full.experimental->quadrant2.Deviation());
 }
 
-TEST_F(ImageStore, RecordOfAChangedFileDropsTheOlderParts) {
-  Load("/x", m_full);
-  auto info = MakeRef<ImageInfo>();
-  info->path = "/x";
-  info->size = 1;
-  ImageEntry changed;
-  changed.info = info;
-  changed.content = test::Entry("/x", test::Photograph(2)).content;
-  Load("/x", changed);
-  const ImageEntry entry = Find("/x");
-  EXPECT_EQ(entry.info->size, 1U);
-  EXPECT_EQ(entry.content->rows, changed.content->rows);
-  EXPECT_FALSE(entry.experimental);
-}
-
 TEST_F(ImageStore, RecordCutAnywhereChangesNothing) {
   ImageEntry known;
   known.info = test::Info("/x");
@@ -189,27 +175,12 @@ TEST_F(ImageStore, FlippedBitsDoNoHarm) {
   EXPECT_GT(kept, 1000U);
 }
 
-class CNoPool : public CPendingWorkPool {
- public:
-  void Shutdown(CSerializer*) override {}
-};
-class CNoQueue : public CPendingWorkQueue {
- public:
-  void Requeue(uint32_t, std::string, uint8_t, uint8_t) override { ADD_FAILURE(); }
-};
-
 // The marks of pictures are their own: those of sounds must not take their place.
 TEST_F(ImageStore, ScanStateSurvivesTheProgram) {
   for (const char* path : {"/a", "/b", "/c"}) Load(path, m_full);
   for (const auto& [path, group] : {std::pair{"/c", 200}, {"/a", 0}})
     ASSERT_EQ(m_store.File(path, ImageEntry(), uint8_t(group), false), CImageStore::Filed::kYes);
-  CPendingWorkStore pending;
-  CNoPool pool;
-  CNoQueue queue;
-  ASSERT_TRUE(pending.Open(m_folder / "pending"));
-  ASSERT_TRUE(CSerializer(pending, pool, nullptr, &m_store).InnerProcess());
-  m_store.ResetScanState();
-  ASSERT_TRUE(CSerializerReader(pending, queue, nullptr, &m_store).InnerProcess());
+  test::StopAndResume(m_folder / "pending", nullptr, &m_store, [&] { m_store.ResetScanState(); });
   ImageEntry entry;
   ASSERT_TRUE(m_store.NextEntry(0, &entry));
   EXPECT_EQ(entry.ordinal, Find("/c").ordinal);

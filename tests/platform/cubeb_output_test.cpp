@@ -118,13 +118,16 @@ double Likeness(const float* a, const float* b, size_t count) {
   return ab / std::sqrt(aa * bb);
 }
 
+double Energy(const std::vector<float>& samples, size_t from = 0) {
+  double all = 0;
+  for (size_t i = from; i < samples.size(); ++i)
+    all += static_cast<double>(samples[i]) * samples[i];
+  return all;
+}
+
 // The energy of what was recorded as a share of that of the file from `begin` seconds on.
 double Amount(const std::vector<float>& file, double begin, const std::vector<float>& recorded) {
-  double all = 0, heard = 0;
-  for (size_t i = static_cast<size_t>(begin * kRate); i < file.size(); ++i)
-    all += static_cast<double>(file[i]) * file[i];
-  for (const float sample : recorded) heard += static_cast<double>(sample) * sample;
-  return heard / all;
+  return Energy(recorded) / Energy(file, static_cast<size_t>(begin * kRate));
 }
 
 // Each piece is looked for behind the one before: what came too early, or twice, is not found.

@@ -57,7 +57,6 @@ TEST(IniSettingsStore, RemovalLetsTheRegisteredValueShowThrough) {
   configuration.SetStore(store.get());
   configuration.Register(DefaultsMiscellaneous());
   configuration.SetBool("enableFlatMode", true);
-  EXPECT_EQ(configuration.GetInteger("valueThreadLimit", 0), 1);
   configuration.SetInteger("valueThreadLimit", 7);
   EXPECT_EQ(configuration.GetInteger("valueThreadLimit", 0), 7);
   configuration.Remove("valueThreadLimit");

@@ -22,20 +22,18 @@ TEST(QtMainQueue, RunsEverythingOnTheMainThreadInOrder) {
   const std::thread::id main = std::this_thread::get_id();
   int left = kThreads * kBlocks;
   bool elsewhere = false;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
+  std::vector<std::jthread> threads;
+  for (int t = 0; t < kThreads; ++t)
     threads.emplace_back([&, t] {
-      for (int i = 0; i < kBlocks; ++i) {
+      for (int i = 0; i < kBlocks; ++i)
         queue.Post([&, t, i] {
           elsewhere = elsewhere || std::this_thread::get_id() != main;
           seen[static_cast<size_t>(t)].push_back(i);
           if (--left == 0) queue.Post([] { QCoreApplication::exit(7); });
         });
-      }
     });
-  }
   EXPECT_EQ(QCoreApplication::exec(), 7);
-  for (std::thread& thread : threads) thread.join();
+  threads.clear();
   EXPECT_FALSE(elsewhere);
   for (const std::vector<int>& order : seen) {
     ASSERT_EQ(order.size(), static_cast<size_t>(kBlocks));

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/each_target.h"
+#include "support/plain_moments.h"
 
 namespace quill {
 namespace {
@@ -79,17 +80,11 @@ TEST(Pearson, MatchesTheFormulaAtEveryLength) {
       std::vector<float> x(n), y(n);
       for (float& value : x) value = normal(random);
       for (int32_t i = 0; i < n; ++i) y[i] = x[i] * 0.5f + normal(random);
-      double meanX = 0, meanY = 0, xx = 0, yy = 0, xy = 0;
-      for (int32_t i = 0; i < n; ++i) meanX += x[i] / double(n), meanY += y[i] / double(n);
-      for (int32_t i = 0; i < n; ++i) {
-        xx += (x[i] - meanX) * (x[i] - meanX);
-        yy += (y[i] - meanY) * (y[i] - meanY);
-        xy += (x[i] - meanX) * (y[i] - meanY);
-      }
-      EXPECT_NEAR(CorrelatePearson(x.data(), y.data(), n), xy / std::sqrt(xx * yy), 1e-6);
+      const double plain = test::PlainMoments(x, y, static_cast<size_t>(n)).Pearson();
+      EXPECT_NEAR(CorrelatePearson(x.data(), y.data(), n), plain, 1e-6);
       EXPECT_NEAR(CorrelatePearson(x.data(), x.data(), n), 1.0f, 1e-6);
       for (float& value : y) value = -value;
-      EXPECT_NEAR(CorrelatePearson(x.data(), y.data(), n), -xy / std::sqrt(xx * yy), 1e-6);
+      EXPECT_NEAR(CorrelatePearson(x.data(), y.data(), n), -plain, 1e-6);
     }
   });
 }

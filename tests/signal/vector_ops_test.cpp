@@ -147,6 +147,7 @@ TEST(VectorOps, ExtremesComeWithTheFirstIndex) {
   ASSERT_EQ(VecMaxIndex(x.data(), 5, &max, &index), kVecOk);
   EXPECT_EQ(max, -1.0f);
   EXPECT_EQ(index, 1);
+  max = 0;
   ASSERT_EQ(VecMinMax(x.data(), 5, &min, &max), kVecOk);
   EXPECT_EQ(min, -7.0f);
   EXPECT_EQ(max, -1.0f);

@@ -15,11 +15,7 @@
 namespace quill {
 namespace {
 
-using test::CReportLog;
-using test::CTempFolder;
-using test::InChild;
-using test::ReadAll;
-using test::WriteAll;
+using namespace test;
 
 constexpr size_t kReserved = CPendingWorkStore::kReserved;
 const std::string kMagic = "QuillmarshWorks/1.9.0" + std::string(11, '\0');
@@ -174,10 +170,8 @@ TEST(PendingWork, ManyThreadsFillManyBuffersWithWholeRecords) {
   Stage stage;
   constexpr int kThreads = 4, kEach = 3000;
   const auto name = [](int thread, int i) {
-    return std::string("/")
-        .append(std::to_string(thread))
-        .append("/")
-        .append(std::string(static_cast<size_t>(i % 90), 'x') + std::to_string(i));
+    return "/" + std::to_string(thread) + "/" + std::string(static_cast<size_t>(i % 90), 'x') +
+           std::to_string(i);
   };
   std::vector<std::string> expected;
   for (int t = 0; t < kThreads; ++t) {
@@ -216,12 +210,11 @@ TEST(PendingWork, AStringThatDoesNotFitIsLeftOut) {
 TEST(PendingWork, AFailingEngineIsReported) {
   Stage stage;
   CReportLog log;
-  stage.image.m_write = [](CSerializer&) { return false; };
-  EXPECT_FALSE(stage.Write());
-  EXPECT_EQ(log.Take(), "InnerProcess:77 ");
-  stage.audio.m_write = [](CSerializer&) { return false; };
-  EXPECT_FALSE(stage.Write());
-  EXPECT_EQ(log.Take(), "InnerProcess:76 ");
+  for (CState* engine : {&stage.image, &stage.audio}) {
+    engine->m_write = [](CSerializer&) { return false; };
+    EXPECT_FALSE(stage.Write());
+  }
+  EXPECT_EQ(log.Take(), "InnerProcess:77 InnerProcess:76 ");
 }
 
 TEST(PendingWork, AFullDiskEndsTheStreamAtARecord) {
@@ -232,10 +225,11 @@ TEST(PendingWork, AFullDiskEndsTheStreamAtARecord) {
   }};
   EXPECT_EQ(InChild([&] {
               CReportLog log;
-              test::LimitFileSize(150000);
-              const bool written = stage.Write();
-              test::LiftFileSize();
-              return written ? 1 : log.Take() == "Map:164 Write:85 Flush:57 " ? 0 : 2;
+              {
+                const CShortDisk disk(150000);
+                if (stage.Write()) return 1;
+              }
+              return log.Take() == "Map:164 Write:85 Flush:57 " ? 0 : 2;
             }),
             0);
   // One buffer of 64 KiB fits, and six whole records in it.

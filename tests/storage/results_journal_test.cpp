@@ -26,43 +26,24 @@ struct CResultsJournalProbe {
 
 namespace {
 
-using test::CReportLog;
-using test::CTempFolder;
-using test::InChild;
-using test::ReadAll;
-using test::WriteAll;
+using namespace test;
 
 // The format, written down a second time.
-class CBytes {
- public:
-  template <class Number>
-  CBytes& N(Number number) {
-    char bytes[sizeof(Number)];
-    std::memcpy(bytes, &number, sizeof(Number));
-    m_text.append(bytes, sizeof(Number));
-    return *this;
-  }
-  CBytes& Type(int type) { return N(static_cast<uint8_t>(type)); }
-  CBytes& S(std::string_view string) {
-    N(static_cast<uint16_t>(string.size()));
-    m_text += string;
-    return *this;
-  }
-  CBytes& Raw(std::string_view bytes) {
-    m_text += bytes;
-    return *this;
-  }
-  operator std::string() const { return m_text; }
-
- private:
-  std::string m_text;
-};
+template <class Number>
+  requires std::is_arithmetic_v<Number>
+std::string Field(Number number) {
+  return {reinterpret_cast<const char*>(&number), sizeof number};
+}
+std::string Field(std::string_view text) {
+  return Field(static_cast<uint16_t>(text.size())).append(text);
+}
+template <class... Fields>
+std::string Record(int type, const Fields&... fields) {
+  return (std::string(1, static_cast<char>(type)) + ... + Field(fields));
+}
 
 std::string Magic(char minor = '9') {
-  std::string magic = "QuillmarshResults/1.x.0";
-  magic[20] = minor;
-  magic.resize(32);
-  return magic;
+  return std::string("QuillmarshResults/1.") + minor + std::string(".0\0\0\0\0\0\0\0\0\0", 11);
 }
 
 const std::string kEndMarker(1, '\0');
@@ -147,14 +128,14 @@ AnalysisItemRecord Analysis() {
   return item;
 }
 
-CBytes& PutAnalysisNumbers(CBytes& bytes) {
+std::string AnalysisNumbers() {
   const AnalysisItemRecord item = Analysis();
-  bytes.N(item.size).N(item.durationMs).N(item.bitrate).N(item.sampleRate);
-  bytes.N(item.dataFormat).N(item.channels).N(item.format);
-  for (const float measure : item.measures) bytes.N(measure);
-  for (const uint8_t byte : item.averageSpectrum) bytes.N(byte);
-  for (const uint8_t byte : item.peakSpectrum) bytes.N(byte);
-  return bytes;
+  std::string bytes = Field(item.size) + Field(item.durationMs) + Field(item.bitrate) +
+                      Field(item.sampleRate) + Field(item.dataFormat) + Field(item.channels) +
+                      Field(item.format);
+  for (const float measure : item.measures) bytes += Field(measure);
+  bytes.append(item.averageSpectrum.begin(), item.averageSpectrum.end());
+  return bytes.append(item.peakSpectrum.begin(), item.peakSpectrum.end());
 }
 
 // One record: how it is appended, what it looks like on the disk, what a load tells, and to whom.
@@ -167,58 +148,35 @@ struct Sample {
 
 std::vector<Sample> Samples() {
   using J = CResultsJournal;
-  CBytes analysis;
-  PutAnalysisNumbers(analysis.Type(13).S("/n").S("ar").S("al").S("ti"));
   std::string numbers;
   for (const float measure : Analysis().measures) numbers += std::to_string(measure) + ",";
   for (int i = 0; i < 32; ++i) numbers += std::to_string(i) + ",";
   for (int i = 0; i < 32; ++i) numbers += std::to_string(200 + i) + ",";
   return {
       {[](J& j) { j.AddAudioItem({{"/a", "ar", "al", "ti", 180000, 320000, 513, 1ull << 33}, 4}); },
-       CBytes()
-           .Type(1)
-           .S("/a")
-           .S("ar")
-           .S("ti")
-           .S("al")
-           .N(uint64_t{1} << 33)
-           .N(180000)
-           .N(320000)
-           .N(uint16_t{513})
-           .N(uint8_t{4}),
+       Record(1, "/a", "ar", "ti", "al", uint64_t{1} << 33, 180000, 320000, uint16_t{513},
+              uint8_t{4}),
        "audio /a ar ti al 8589934592 180000 320000 513 4", kAudio},
       {[](J& j) { j.AddAudioPair("/a", "", 0.5f, -1.0f, 0.25f); },
-       CBytes().Type(2).S("/a").S("").N(0.5f).N(-1.0f).N(0.25f),
-       "audio pair /a  0.500000 -1.000000 0.250000", kAudio},
-      {[](J& j) { j.AddImageItem({{"/i", 640, 480, 2, 24, 5}, 3}); },
-       CBytes()
-           .Type(3)
-           .S("/i")
-           .N(uint64_t{5})
-           .N(640)
-           .N(480)
-           .N(uint8_t{2})
-           .N(uint8_t{24})
-           .N(uint8_t{3}),
-       "image /i 5 640 480 2 24 3", kImage},
-      {[](J& j) { j.AddImagePair("/i", "/k", 0.75f, 0.5f); },
-       CBytes().Type(12).S("/i").S("/k").N(0.75f).N(0.5f), "image pair /i /k 0.750000 0.500000",
-       kImage},
-      {[](J& j) { j.AddAnalysisItem(Analysis()); }, analysis,
-       "analysis /n ar al ti 1099511627776 3000 128000 44100 2 1 7 " + numbers, kAnalysis},
-      {[](J& j) { j.RemoveAudioPair("/a", "/b"); }, CBytes().Type('e').S("/a").S("/b"),
-       "gone /a /b", kAudio},
-      {[](J& j) { j.RemoveImagePair("/i", "/k"); }, CBytes().Type('f').S("/i").S("/k"),
-       "gone /i /k", kImage},
-      {[](J& j) { j.RemoveAnalysisItem("/n"); }, CBytes().Type('g').S("/n"), "gone /n", kAnalysis},
-      {[](J& j) { j.ChangeAudioItem("/a", "/b", "ar", "al", "ti"); },
-       CBytes().Type('o').S("/a").S("/b").S("ar").S("al").S("ti"), "changed /a /b ar al ti",
+       Record(2, "/a", "", 0.5f, -1.0f, 0.25f), "audio pair /a  0.500000 -1.000000 0.250000",
        kAudio},
-      {[](J& j) { j.ChangeImageItem("/i", "/k"); }, CBytes().Type('p').S("/i").S("/k"),
-       "changed /i /k", kImage},
+      {[](J& j) { j.AddImageItem({{"/i", 640, 480, 2, 24, 5}, 3}); },
+       Record(3, "/i", uint64_t{5}, 640, 480, uint8_t{2}, uint8_t{24}, uint8_t{3}),
+       "image /i 5 640 480 2 24 3", kImage},
+      {[](J& j) { j.AddImagePair("/i", "/k", 0.75f, 0.5f); }, Record(12, "/i", "/k", 0.75f, 0.5f),
+       "image pair /i /k 0.750000 0.500000", kImage},
+      {[](J& j) { j.AddAnalysisItem(Analysis()); },
+       Record(13, "/n", "ar", "al", "ti") + AnalysisNumbers(),
+       "analysis /n ar al ti 1099511627776 3000 128000 44100 2 1 7 " + numbers, kAnalysis},
+      {[](J& j) { j.RemoveAudioPair("/a", "/b"); }, Record('e', "/a", "/b"), "gone /a /b", kAudio},
+      {[](J& j) { j.RemoveImagePair("/i", "/k"); }, Record('f', "/i", "/k"), "gone /i /k", kImage},
+      {[](J& j) { j.RemoveAnalysisItem("/n"); }, Record('g', "/n"), "gone /n", kAnalysis},
+      {[](J& j) { j.ChangeAudioItem("/a", "/b", "ar", "al", "ti"); },
+       Record('o', "/a", "/b", "ar", "al", "ti"), "changed /a /b ar al ti", kAudio},
+      {[](J& j) { j.ChangeImageItem("/i", "/k"); }, Record('p', "/i", "/k"), "changed /i /k",
+       kImage},
       {[](J& j) { j.ChangeAnalysisItem("/n", "/m", "ar", "al", "ti"); },
-       CBytes().Type('q').S("/n").S("/m").S("ar").S("al").S("ti"), "changed /n /m ar al ti",
-       kAnalysis},
+       Record('q', "/n", "/m", "ar", "al", "ti"), "changed /n /m ar al ti", kAnalysis},
   };
 }
 
@@ -244,77 +202,76 @@ std::vector<std::string> Traces(const std::vector<Sample>& samples, size_t count
   return traces;
 }
 
-TEST(ResultsJournal, WritesTheFormatByteForByteAndReplaysIt) {
-  CTempFolder folder;
-  const std::string path = folder / "f";
-  const std::vector<Sample> samples = Samples();
-  std::string expected = Magic();
-  {
+class ResultsJournal : public testing::Test {
+ protected:
+  // Opens the file for writing, reads what it holds and does this; what was read.
+  std::vector<std::string> Write(const std::function<void(CResultsJournal&)>& body = {}) const {
     CTables tables;
     CResultsJournal journal = Journal(tables);
-    ASSERT_TRUE(journal.OpenForWriting(path));
-    EXPECT_EQ(ReadAll(path).substr(0, 33), Magic() + kEndMarker);
-    for (const Sample& sample : samples) {
+    EXPECT_TRUE(journal.OpenForWriting(m_path));
+    EXPECT_TRUE(journal.Load());
+    if (body) body(journal);
+    return tables.m_trace;
+  }
+
+  const CTempFolder m_folder;
+  const std::string m_path = m_folder / "f";
+  const std::vector<Sample> m_samples = Samples();
+};
+
+TEST_F(ResultsJournal, WritesTheFormatByteForByteAndReplaysIt) {
+  std::string expected = Magic();
+  Write([&](CResultsJournal& journal) {
+    EXPECT_EQ(ReadAll(m_path).substr(0, 33), Magic() + kEndMarker);
+    for (const Sample& sample : m_samples) {
       sample.append(journal);
       expected += sample.bytes;
       // On the disk at once, with the end marker behind.
-      EXPECT_EQ(ReadAll(path).substr(0, expected.size() + 1), expected + kEndMarker);
+      EXPECT_EQ(ReadAll(m_path).substr(0, expected.size() + 1), expected + kEndMarker);
     }
-  }
-  EXPECT_EQ(ReadAll(path), expected);
+  });
+  EXPECT_EQ(ReadAll(m_path), expected);
   for (const int which : {kNone, kAudio, kImage, kAnalysis, kAll})
-    EXPECT_EQ(Load(path, which), Traces(samples, samples.size(), which)) << which;
+    EXPECT_EQ(Load(m_path, which), Traces(m_samples, m_samples.size(), which)) << which;
 }
 
-TEST(ResultsJournal, CutAtAnyLengthLoadsTheWholeRecordsAndGoesOn) {
-  CTempFolder folder;
-  const std::string path = folder / "f";
-  const std::vector<Sample> samples = Samples();
+TEST_F(ResultsJournal, CutAtAnyLengthLoadsTheWholeRecordsAndGoesOn) {
   std::string whole = Magic();
   std::vector<size_t> ends{whole.size()};
-  for (const Sample& sample : samples) ends.push_back((whole += sample.bytes).size());
+  for (const Sample& sample : m_samples) ends.push_back((whole += sample.bytes).size());
   for (size_t length = 32; length <= whole.size(); ++length) {
     SCOPED_TRACE(length);
     size_t count = 0;
-    while (count < samples.size() && ends[count + 1] <= length) ++count;
-    std::vector<std::string> expected = Traces(samples, count);
-    WriteAll(path, whole.substr(0, length));
-    ASSERT_EQ(Load(path), expected);
-    EXPECT_EQ(ReadAll(path), whole.substr(0, length));
-    {
-      CTables tables;
-      CResultsJournal journal = Journal(tables);
-      ASSERT_TRUE(journal.OpenForWriting(path));
-      ASSERT_TRUE(journal.Load());
-      ASSERT_EQ(tables.m_trace.size(), expected.size() + 3);
-      journal.RemoveAnalysisItem("/later");
-    }
+    while (count < m_samples.size() && ends[count + 1] <= length) ++count;
+    std::vector<std::string> expected = Traces(m_samples, count);
+    WriteAll(m_path, whole.substr(0, length));
+    ASSERT_EQ(Load(m_path), expected);
+    EXPECT_EQ(ReadAll(m_path), whole.substr(0, length));
+    ASSERT_EQ(Write([](CResultsJournal& j) { j.RemoveAnalysisItem("/later"); }).size(),
+              expected.size() + 3);
     expected.push_back("gone /later");
-    ASSERT_EQ(Load(path), expected);
+    ASSERT_EQ(Load(m_path), expected);
   }
 }
 
-TEST(ResultsJournal, FlippedBitsHarmNoEarlierRecord) {
-  CTempFolder folder;
-  const std::string path = folder / "f";
-  const std::vector<Sample> samples = Samples();
+TEST_F(ResultsJournal, FlippedBitsHarmNoEarlierRecord) {
   std::string whole = Magic();
   std::vector<size_t> ends{whole.size()};
-  for (const Sample& sample : samples) ends.push_back((whole += sample.bytes).size());
+  for (const Sample& sample : m_samples) ends.push_back((whole += sample.bytes).size());
   CTables tables;
   CReportLog log;
   for (size_t at = 0; at < whole.size(); ++at) {
     for (const size_t bit : {at % 7, size_t{7}}) {
       std::string damaged = whole;
       damaged[at] = static_cast<char>(damaged[at] ^ (1 << bit));
-      WriteAll(path, damaged);
+      WriteAll(m_path, damaged);
       CResultsJournal journal = Journal(tables);
-      ASSERT_TRUE(journal.OpenForReading(path));
+      ASSERT_TRUE(journal.OpenForReading(m_path));
       tables.m_trace.clear();
       ASSERT_EQ(journal.Load(), at >= 32 || damaged[20] == '8');
       size_t before = 0;
-      while (before < samples.size() && ends[before + 1] <= at) ++before;
-      const std::vector<std::string> expected = Traces(samples, at < 32 ? 0 : before);
+      while (before < m_samples.size() && ends[before + 1] <= at) ++before;
+      const std::vector<std::string> expected = Traces(m_samples, at < 32 ? 0 : before);
       ASSERT_GE(tables.m_trace.size(), expected.size());
       ASSERT_TRUE(std::equal(expected.begin(), expected.end(), tables.m_trace.begin()))
           << at << " bit " << bit;
@@ -322,100 +279,69 @@ TEST(ResultsJournal, FlippedBitsHarmNoEarlierRecord) {
   }
 }
 
-TEST(ResultsJournal, ReadsOlderFilesAndAppendsToThem) {
-  CTempFolder folder;
-  const std::string path = folder / "f";
-  CBytes old;
-  old.Raw(Magic('8')).Type(4).S("/i").S("/k").N(0.5f).Type(5).S("/n");
-  const std::string content = PutAnalysisNumbers(old);
-  WriteAll(path, content + kEndMarker);
-  {
-    CTables tables;
-    CResultsJournal journal = Journal(tables);
-    ASSERT_TRUE(journal.OpenForWriting(path));
-    ASSERT_TRUE(journal.Load());
-    journal.AddImagePair("/x", "/y", 1, 1);
-  }
-  EXPECT_EQ(ReadAll(path),
-            content + std::string(CBytes().Type(12).S("/x").S("/y").N(1.0f).N(1.0f)));
-  const std::vector<std::string> trace = Load(path);
+TEST_F(ResultsJournal, ReadsOlderFilesAndAppendsToThem) {
+  const std::string content =
+      Magic('8') + Record(4, "/i", "/k", 0.5f) + Record(5, "/n") + AnalysisNumbers();
+  WriteAll(m_path, content + kEndMarker);
+  Write([](CResultsJournal& j) { j.AddImagePair("/x", "/y", 1, 1); });
+  EXPECT_EQ(ReadAll(m_path), content + Record(12, "/x", "/y", 1.0f, 1.0f));
+  const std::vector<std::string> trace = Load(m_path);
   ASSERT_EQ(trace.size(), 3u);
   EXPECT_EQ(trace[0], "image pair /i /k 0.500000 -1.000000");
   EXPECT_EQ(trace[1].substr(0, 30), "analysis /n    1099511627776 3");
   EXPECT_EQ(trace[2], "image pair /x /y 1.000000 1.000000");
 }
 
-TEST(ResultsJournal, OpeningForWritingWipesWhatIsForeign) {
-  CTempFolder folder;
-  const std::string path = folder / "f";
+TEST_F(ResultsJournal, OpeningForWritingWipesWhatIsForeign) {
   for (const std::string& content : {std::string(), std::string("a text"), Magic().substr(0, 31),
                                      Magic('7') + "x", std::string(100000, '\1')}) {
-    WriteAll(path, content);
-    {
-      CTables tables;
-      CResultsJournal journal = Journal(tables);
-      EXPECT_TRUE(journal.OpenForWriting(path));
-      EXPECT_TRUE(journal.Load());
-    }
-    EXPECT_EQ(ReadAll(path), Magic() + kEndMarker);
+    WriteAll(m_path, content);
+    Write();
+    EXPECT_EQ(ReadAll(m_path), Magic() + kEndMarker);
   }
   // A bare magic is complete: the end of the file does for the marker.
-  WriteAll(path, Magic());
-  {
-    CTables tables;
-    CResultsJournal journal = Journal(tables);
-    EXPECT_TRUE(journal.OpenForWriting(path));
-    EXPECT_TRUE(journal.Load());
-  }
-  EXPECT_EQ(ReadAll(path), Magic());
+  WriteAll(m_path, Magic());
+  Write();
+  EXPECT_EQ(ReadAll(m_path), Magic());
 }
 
-TEST(ResultsJournal, ReportsWhatItCannotOpenOrLoad) {
-  CTempFolder folder;
+TEST_F(ResultsJournal, ReportsWhatItCannotOpenOrLoad) {
   CTables tables;
   CReportLog log;
   CResultsJournal journal = Journal(tables);
   EXPECT_FALSE(journal.Load());
   EXPECT_FALSE(journal.Rebuild());
-  EXPECT_FALSE(journal.OpenForReading(folder / "none"));
-  EXPECT_FALSE(journal.OpenForWriting(folder / "none/f"));
+  EXPECT_FALSE(journal.OpenForReading(m_folder / "none"));
+  EXPECT_FALSE(journal.OpenForWriting(m_folder / "none/f"));
   EXPECT_EQ(log.Take(), "Load:45 Rebuild:459 Open:102 Open:36 Open:102 Open:445 ");
-  WriteAll(folder / "f", "a text");
-  EXPECT_TRUE(journal.OpenForReading(folder / "f"));
+  WriteAll(m_path, "a text");
+  EXPECT_TRUE(journal.OpenForReading(m_path));
   EXPECT_FALSE(journal.Load());
   EXPECT_EQ(log.Take(), "Load:51 ");
   EXPECT_TRUE(tables.m_trace.empty());
 
   // Nothing may be appended behind records that have not been read, nor read twice.
-  WriteAll(folder / "f", Magic() + std::string(CBytes().Type('g').S("/n")));
-  EXPECT_TRUE(journal.OpenForWriting(folder / "f"));
+  const std::string content = Magic() + Record('g', "/n");
+  WriteAll(m_path, content);
+  EXPECT_TRUE(journal.OpenForWriting(m_path));
   EXPECT_TRUE(journal.Load());
   EXPECT_FALSE(journal.Load());
   EXPECT_EQ(log.Take(), "Load:474 ");
   EXPECT_EQ(tables.m_trace.size(), 4u);
+
+  // One that is open for reading is never written.
+  WriteAll(m_path, content);
+  ASSERT_TRUE(journal.OpenForReading(m_path));
+  tables.m_trace.clear();
+  journal.RemoveAnalysisItem("/x");
+  EXPECT_TRUE(journal.Load());
+  EXPECT_EQ(tables.m_trace.front(), "gone /n");
+  journal.RemoveAnalysisItem("/x");
+  EXPECT_FALSE(journal.Rebuild());
+  EXPECT_EQ(ReadAll(m_path), content);
 }
 
-TEST(ResultsJournal, AJournalOpenForReadingIsNeverWritten) {
-  CTempFolder folder;
-  const std::string path = folder / "f";
-  const std::string content = Magic() + std::string(CBytes().Type('g').S("/n"));
-  WriteAll(path, content);
-  {
-    CTables tables;
-    CResultsJournal journal = Journal(tables);
-    ASSERT_TRUE(journal.OpenForReading(path));
-    journal.RemoveAnalysisItem("/x");
-    EXPECT_TRUE(journal.Load());
-    EXPECT_EQ(tables.m_trace.front(), "gone /n");
-    journal.RemoveAnalysisItem("/x");
-    EXPECT_FALSE(journal.Rebuild());
-  }
-  EXPECT_EQ(ReadAll(path), content);
-}
-
-TEST(ResultsJournal, RebuildReplacesTheContent) {
-  CTempFolder folder;
-  const std::string path = folder / "f";
+TEST_F(ResultsJournal, RebuildReplacesTheContent) {
   CReportLog log;
   CTables tables;
   tables.m_contents[0] = [](CResultsJournal& j) { j.RemoveAudioPair("/a", "/b"); };
@@ -423,71 +349,54 @@ TEST(ResultsJournal, RebuildReplacesTheContent) {
   tables.m_contents[2] = [](CResultsJournal& j) { j.RemoveAnalysisItem("/n"); };
   for (int refusing = -1; refusing < 3; ++refusing) {
     SCOPED_TRACE(refusing);
-    WriteAll(path, Magic('8') + std::string(CBytes().Type('g').S(std::string(70000 % 65536, 'x'))));
+    WriteAll(m_path, Magic('8') + Record('g', std::string(4464, 'x')));
     {
       CResultsJournal journal = Journal(tables);
-      ASSERT_TRUE(journal.OpenForWriting(path));
+      ASSERT_TRUE(journal.OpenForWriting(m_path));
       tables.m_asked = 0;
       tables.m_refusing = refusing;
       EXPECT_EQ(journal.Rebuild(), refusing == -1);
     }
     const int written = refusing == -1 ? 3 : refusing + 1;
     EXPECT_EQ(tables.m_asked, written);
-    const std::string all =
-        std::string(CBytes().Type('e').S("/a").S("/b").Type('f').S("/i").S("/k").Type('g').S("/n"));
+    const std::string all = Record('e', "/a", "/b") + Record('f', "/i", "/k") + Record('g', "/n");
     const size_t lengths[] = {0, 9, 18, 23};
-    EXPECT_EQ(ReadAll(path), Magic() + all.substr(0, lengths[written]));
+    EXPECT_EQ(ReadAll(m_path), Magic() + all.substr(0, lengths[written]));
   }
   EXPECT_EQ(log.Take(), "Rebuild:463 Rebuild:464 Rebuild:465 ");
 }
 
-TEST(ResultsJournal, WhatIsAppendedSurvivesAKill) {
-  CTempFolder folder;
-  const std::string path = folder / "f";
+TEST_F(ResultsJournal, WhatIsAppendedSurvivesAKill) {
   constexpr int kRecords = 5000;  // several windows
   const auto name = [](int i) { return std::string("/folder/file").append(std::to_string(i)); };
   EXPECT_EQ(InChild([&] {
-              CTables tables;
-              CResultsJournal journal = Journal(tables);
-              if (!journal.OpenForWriting(path)) return 1;
-              for (int i = 0; i < kRecords; ++i) journal.RemoveAudioPair(name(i), name(i + 1));
-              kill(getpid(), SIGKILL);
+              Write([&](CResultsJournal& journal) {
+                for (int i = 0; i < kRecords; ++i) journal.RemoveAudioPair(name(i), name(i + 1));
+                kill(getpid(), SIGKILL);
+              });
               return 2;
             }),
             -SIGKILL);
-  EXPECT_EQ(std::filesystem::file_size(path) % CFileMap::kWindow, 0u);
+  EXPECT_EQ(std::filesystem::file_size(m_path) % CFileMap::kWindow, 0u);
   std::vector<std::string> expected;
   for (int i = 0; i < kRecords; ++i) expected.push_back("gone " + name(i) + " " + name(i + 1));
-  EXPECT_TRUE(Load(path) == expected);
-  {
-    CTables tables;
-    CResultsJournal journal = Journal(tables);
-    ASSERT_TRUE(journal.OpenForWriting(path));
-    ASSERT_TRUE(journal.Load());
-    journal.RemoveAnalysisItem("/later");
-  }
+  EXPECT_TRUE(Load(m_path) == expected);
+  Write([](CResultsJournal& j) { j.RemoveAnalysisItem("/later"); });
   expected.push_back("gone /later");
-  EXPECT_TRUE(Load(path) == expected);
+  EXPECT_TRUE(Load(m_path) == expected);
 }
 
-TEST(ResultsJournal, LeavesOutStringsThatDoNotFit) {
-  CTempFolder folder;
-  const std::string path = folder / "f", longest(65535, 'x'), tooLong(65536, 'y');
-  {
-    CTables tables;
-    CResultsJournal journal = Journal(tables);
-    ASSERT_TRUE(journal.OpenForWriting(path));
+TEST_F(ResultsJournal, LeavesOutStringsThatDoNotFit) {
+  const std::string longest(65535, 'x'), tooLong(65536, 'y');
+  Write([&](CResultsJournal& journal) {
     journal.RemoveAudioPair(longest, "/b");
     journal.RemoveAudioPair(tooLong, "/b");
-  }
-  EXPECT_TRUE(ReadAll(path) ==
-              Magic() + std::string(CBytes().Type('e').S(longest).S("/b").Type('e').S("/b")));
-  EXPECT_TRUE(Load(path) == std::vector<std::string>{"gone " + longest + " /b"});
+  });
+  EXPECT_TRUE(ReadAll(m_path) == Magic() + Record('e', longest, "/b") + Record('e', "/b"));
+  EXPECT_TRUE(Load(m_path) == std::vector<std::string>{"gone " + longest + " /b"});
 }
 
-TEST(ResultsJournal, AFullDiskKeepsWhatWasWritten) {
-  CTempFolder folder;
-  const std::string path = folder / "f";
+TEST_F(ResultsJournal, AFullDiskKeepsWhatWasWritten) {
   EXPECT_EQ(InChild([&] {
               CReportLog log;
               CTables tables;
@@ -497,46 +406,38 @@ TEST(ResultsJournal, AFullDiskKeepsWhatWasWritten) {
                 for (int i = 0; i < 10; ++i) j.RemoveAudioPair(longest, longest);
               };
               CResultsJournal journal = Journal(tables);
-              if (!journal.OpenForWriting(path)) return 1;
-              test::LimitFileSize(3 * CFileMap::kWindow);
-              const bool rebuilt = journal.Rebuild();
-              test::LiftFileSize();
-              return rebuilt ? 2 : 0;
+              if (!journal.OpenForWriting(m_path)) return 1;
+              const CShortDisk disk(3 * CFileMap::kWindow);
+              return journal.Rebuild() ? 2 : 0;
             }),
             0);
-  const std::vector<std::string> trace = Load(path);
+  const std::vector<std::string> trace = Load(m_path);
   ASSERT_FALSE(trace.empty());
   EXPECT_EQ(trace.front(), "gone /a /b");
 
   // A file that cannot be grown at the opening is not taken for a foreign one.
-  const std::string content = Magic() + std::string(CBytes().Type('g').S("/n"));
-  WriteAll(path, content);
+  const std::string content = Magic() + Record('g', "/n");
+  WriteAll(m_path, content);
   EXPECT_EQ(InChild([&] {
+              CReportLog log;
               CTables tables;
               CResultsJournal journal = Journal(tables);
-              CReportLog log;
-              CLog::Instance().Line("the log has its room before the limit");
-              test::LimitFileSize(1000);
-              return journal.OpenForWriting(path) ? 1 : 0;
+              const CShortDisk disk(1000);
+              return journal.OpenForWriting(m_path) ? 1 : 0;
             }),
             0);
-  EXPECT_EQ(ReadAll(path), content);
+  EXPECT_EQ(ReadAll(m_path), content);
 }
 
-TEST(ResultsJournal, APositionNearFourGigabytesDoesNotWrap) {
-  CTempFolder folder;
-  const std::string path = folder / "f";
+TEST_F(ResultsJournal, APositionNearFourGigabytesDoesNotWrap) {
   CReportLog log;
-  {
-    CTables tables;
-    CResultsJournal journal = Journal(tables);
-    ASSERT_TRUE(journal.OpenForWriting(path));
+  Write([](CResultsJournal& journal) {
     journal.RemoveAudioPair("/a", "/b");
     CResultsJournalProbe::SetPosition(journal, UINT32_MAX - 10);
     for (int i = 0; i < 5; ++i) journal.RemoveAudioPair("/overwritten", "/overwritten");
-  }
+  });
   EXPECT_EQ(log.Take().substr(0, 8), "Map:164 ");
-  EXPECT_EQ(Load(path), std::vector<std::string>{"gone /a /b"});
+  EXPECT_EQ(Load(m_path), std::vector<std::string>{"gone /a /b"});
 }
 
 }  // namespace

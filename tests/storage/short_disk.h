@@ -8,8 +8,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
+
+#include "core/log.h"
 
 namespace quill::test {
 
@@ -29,16 +32,21 @@ inline void LimitFileSize(uint64_t bytes) {
   signal(SIGXFSZ, SIG_IGN);
   rlimit limit{};
   getrlimit(RLIMIT_FSIZE, &limit);
-  limit.rlim_cur = bytes;
+  limit.rlim_cur = std::min<rlim_t>(bytes, limit.rlim_max);
   setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-inline void LiftFileSize() {
-  rlimit limit{};
-  getrlimit(RLIMIT_FSIZE, &limit);
-  limit.rlim_cur = limit.rlim_max;
-  setrlimit(RLIMIT_FSIZE, &limit);
-}
+// The same while it lives; the log has its room before.
+class CShortDisk {
+ public:
+  explicit CShortDisk(uint64_t bytes) {
+    CLog::Instance().Line("room for the log");
+    LimitFileSize(bytes);
+  }
+  ~CShortDisk() { LimitFileSize(RLIM_INFINITY); }
+  CShortDisk(const CShortDisk&) = delete;
+  CShortDisk& operator=(const CShortDisk&) = delete;
+};
 
 // Lays a disk of `kilobytes` over the folder, seen by this process only. False where the system
 // does not allow it.
