@@ -1,224 +1,128 @@
+// What the random walk over the duplicates tables (dups_walk_test.cpp) does not come by.
 #include "results/dups_model.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <string>
+#include <cmath>
 #include <thread>
-#include <utility>
-#include <vector>
 
-#include "core/configuration.h"
+#include "results/result_tables.h"
 
 namespace quill {
 namespace {
 
-struct File : CReferenced<File> {
-  std::string path;
-  uint64_t size = 0;
-  std::string artist;
-};
+using test::At;
+using test::Lines;
 
-struct FileTraits {
-  using Base = File;
-  static constexpr size_t kScores = 2;
-  static constexpr const char* kSortKey = "testSort";
-  using Scores = std::array<float, kScores>;
-
-  static size_t ScoreOf(FieldId column) {
-    return column == FieldId::kContent ? 0 : column == FieldId::kTags ? 1 : kScores;
-  }
-  static FileKey KeyOf(FieldId column, const File& file) {
-    return column == FieldId::kArtist ? FileKey(file.artist) : FileKey();
-  }
-  static void JournalItem(CResultsJournal&, const File&, uint8_t) {}
-  static void JournalPair(CResultsJournal&, std::string_view, std::string_view, const Scores&) {}
-  static void JournalRemoval(CResultsJournal&, std::string_view, std::string_view) {}
-  static void JournalChange(CResultsJournal&, const File&, const File&) {}
-};
-using Scores = FileTraits::Scores;
-
-CRef<const File> MakeFile(const std::string& path, uint64_t size = 0, std::string artist = {}) {
-  CRef<File> file = MakeRef<File>();
-  file->path = path;
-  file->size = size;
-  file->artist = std::move(artist);
-  return file;
-}
-
-class CTestModel final : public CDupsModel<FileTraits> {
- public:
-  explicit CTestModel(CIgnoreList& ignores) : CDupsModel(ignores) {}
-
-  CRef<const File> WithPath(const File& base, const std::string& path) override {
-    return MakeFile(path, base.size, base.artist);
-  }
-  bool Add(const CRef<const File>& a, const CRef<const File>& b, const Scores& scores) {
-    return LockedAdd({a, b, 1, 2, scores});
-  }
-  // The table as "item" and "item>partner", group by group.
-  std::vector<std::string> Table() const {
-    std::vector<std::string> rows;
-    uint32_t group = 0;
-    for (const ViewData& row : m_viewData) {
-      if (row.item->group != group) rows.push_back("--");
-      group = row.item->group;
-      rows.push_back(row.item->base->path + (row.pair ? ">" + row.pair->second->base->path : ""));
-    }
-    return rows;
-  }
-};
-
-// The settings of one test.
-class DupsModelTest : public testing::Test {
- protected:
-  DupsModelTest() { CConfiguration::Instance().SetStore(&m_settings); }
-  ~DupsModelTest() override { CConfiguration::Instance().SetStore(nullptr); }
-
-  CMemorySettingsStore m_settings;
-  CIgnoreList m_ignores;
-};
-
-TEST_F(DupsModelTest, ThirdFileMergesTwoGroupsAndClosesTheGap) {
-  CTestModel model(m_ignores);
-  const auto file = [](const char* path) { return MakeFile(path); };
-  for (auto [a, b] : {std::pair("/b", "/a"), {"/c", "/d"}, {"/e", "/f"}, {"/g", "/h"}}) {
-    model.Add(file(a), file(b), {1, 1});
-  }
-  ASSERT_TRUE(model.ProcessNewData());
-  ASSERT_EQ(model.Table(), (std::vector<std::string>{"--", "/a", "/b", "--", "/c", "/d", "--", "/e",
-                                                     "/f", "--", "/g", "/h"}));
-  model.Add(file("/bb"), file("/f"), {1, 1});
-  model.Add(file("/bb"), file("/a"), {1, 1});
-  ASSERT_TRUE(model.ProcessNewData());
-  EXPECT_EQ(model.Table(), (std::vector<std::string>{"--", "/a", "/b", "/bb", "/e", "/f", "--",
-                                                     "/c", "/d", "--", "/g", "/h"}));
-  EXPECT_EQ(model.GroupCount(), 3u);
-}
-
-TEST_F(DupsModelTest, PairThatIsThereAlreadyDropsTheRestOfItsBatchOnly) {
-  CTestModel model(m_ignores);
-  model.Add(MakeFile("/a"), MakeFile("/b"), {1, 1});
-  model.Add(MakeFile("/b"), MakeFile("/a"), {0, 0});
-  model.Add(MakeFile("/c"), MakeFile("/d"), {1, 1});
-  EXPECT_FALSE(model.ProcessNewData());
-  EXPECT_EQ(model.Table(), (std::vector<std::string>{"--", "/a", "/b"}));
-  EXPECT_TRUE(model.ProcessNewData());
-  model.Add(MakeFile("/c"), MakeFile("/d"), {1, 1});
-  EXPECT_TRUE(model.ProcessNewData());
-  EXPECT_EQ(model.GetStatistics().count, 2u);
-}
-
-TEST_F(DupsModelTest, SwapNeedsTwoFilesOfOneGroupWithTheSameExtension) {
-  CTestModel model(m_ignores);
-  const std::vector<std::string> paths = {"/1.mp3", "/2.MP3", "/3.flac", "/d.mp3/4", "/d.wav/5"};
-  for (size_t i = 1; i < paths.size(); ++i) {
-    model.Add(MakeFile(paths[0]), MakeFile(paths[i]), {1, 1});
-  }
-  model.Add(MakeFile("/x.mp3"), MakeFile("/y.mp3"), {1, 1});
-  ASSERT_TRUE(model.ProcessNewData());
-  // Rows 0 to 4 are the paths in order, 5 and 6 the second group.
-  ASSERT_EQ(model.Table(),
-            (std::vector<std::string>{"--", "/1.mp3", "/2.MP3", "/3.flac", "/d.mp3/4", "/d.wav/5",
-                                      "--", "/x.mp3", "/y.mp3"}));
-  const std::vector<std::pair<CTestModel::Rows, bool>> cases = {
-      {{0, 1}, true},   {{1, 0}, true},  {{3, 4}, true},    {{5, 6}, true}, {{0, 2}, false},
-      {{0, 3}, false},  {{0, 5}, false}, {{0, 0}, false},   {{0}, false},   {{}, false},
-      {{-1, 0}, false}, {{0, 7}, false}, {{0, 1, 3}, false}};
-  for (const auto& [rows, can] : cases) {
-    EXPECT_EQ(model.CanSwap(rows), can) << testing::PrintToString(rows);
-  }
-  EXPECT_FALSE(model.Swap({0, 1}, nullptr));
-  EXPECT_FALSE(model.Swap({0, 1}, [](const auto&, const auto&) { return false; }));
-  // An inner row stands for its partner, and so for the same file as the other row.
-  model.ToggleGroup(0);
-  EXPECT_EQ(model.TableAt(1)->File()->base->path, "/2.MP3");
-  EXPECT_FALSE(model.CanSwap({1, 5}));
-  EXPECT_TRUE(model.CanSwap({0, 1}));
-}
+class DupsModelTest : public test::CResultTables {};
 
 TEST_F(DupsModelTest, TableMayChangeWhileTheUserIsAsked) {
-  CTestModel model(m_ignores);
-  model.Add(MakeFile("/a"), MakeFile("/b"), {1, 1});
-  ASSERT_TRUE(model.ProcessNewData());
-  EXPECT_TRUE(model.ActOnRows({0}, [&](const auto&) {
-    model.Clear();
-    model.Add(MakeFile("/a"), MakeFile("/c"), {1, 1});
-    model.Add(MakeFile("/c"), MakeFile("/d"), {1, 1});
-    return model.ProcessNewData();
+  Pair({"/a"}, {"/b"});
+  EXPECT_TRUE(m_audio.ActOnRows({0}, [&](const auto&) {
+    m_audio.Clear();
+    Pair({"/a"}, {"/c"});
+    Pair({"/c"}, {"/d"});
+    return true;
   }));
-  EXPECT_EQ(model.Table(), (std::vector<std::string>{"--", "/c", "/d"}));
-  EXPECT_FALSE(model.Swap({0, 1}, [&](const auto&, const auto&) {
-    model.Clear();
+  EXPECT_EQ(Files(m_audio), (Lines{"/c", "/d"}));
+  EXPECT_FALSE(m_audio.Swap({0, 1}, nullptr));
+  EXPECT_FALSE(m_audio.Swap({0, 1}, [&](const auto&, const auto&) {
+    m_audio.Clear();
     return true;
   }));
 }
 
-TEST_F(DupsModelTest, StatisticsCountEachPairOnce) {
-  CTestModel model(m_ignores);
-  EXPECT_EQ(model.GetStatistics().minimum, (Scores{1, 1}));
-  EXPECT_EQ(model.GetStatistics().maximum, (Scores{-10, -10}));
-  EXPECT_EQ(model.GetStatistics().mean, (Scores{0, 0}));
-  model.Add(MakeFile("/a"), MakeFile("/b"), {0.25f, -1});
-  model.Add(MakeFile("/a"), MakeFile("/c"), {0.75f, 0});
-  ASSERT_TRUE(model.ProcessNewData());
-  const CTestModel::Statistics statistics = model.GetStatistics();
-  EXPECT_EQ(statistics.count, 2u);
-  EXPECT_EQ(statistics.minimum, (Scores{0.25f, -1}));
-  EXPECT_EQ(statistics.maximum, (Scores{0.75f, 0}));
-  EXPECT_EQ(statistics.mean, (Scores{0.5f, -0.5f}));
+TEST_F(DupsModelTest, MarksAndCountsOfWholeTables) {
+  const CAudioDupsController::Statistics none = m_audio.GetStatistics();
+  EXPECT_EQ(none.minimum, (AudioDupsTraits::Scores{1, 1, 1}));
+  EXPECT_EQ(none.maximum, (AudioDupsTraits::Scores{-10, -10, -10}));
+  Pair({"/a"}, {"/c"}, {0.75F, 0, 1});
+  Pair({"/a"}, {"/b"}, {0.25F, -1, 1});
+  Pair({"/d"}, {"/e"}, {0.5F, -0.5F, 1});
+  const CAudioDupsController::Statistics statistics = m_audio.GetStatistics();
+  EXPECT_EQ(statistics.count, 3U);
+  EXPECT_EQ(statistics.minimum, (AudioDupsTraits::Scores{0.25F, -1, 1}));
+  EXPECT_EQ(statistics.maximum, (AudioDupsTraits::Scores{0.75F, 0, 1}));
+  EXPECT_EQ(statistics.mean, (AudioDupsTraits::Scores{0.5F, -0.5F, 1}));
+
+  m_audio.MarkRows({1});
+  m_audio.InvertMarked();
+  EXPECT_EQ(Files(m_audio), (Lines{"*/a", "/b", "*/c", "*/d", "*/e"}));
+  m_audio.UnmarkAll();
+  m_audio.MarkRows({3});
+  m_audio.IgnoreMarked();
+  EXPECT_EQ(Files(m_audio), (Lines{"/a", "/b", "/c"}));
+  EXPECT_TRUE(m_ignores.IsPairIgnored("/d", "/e"));
 }
 
-TEST_F(DupsModelTest, SortAndModeAreReadAndStored) {
-  for (int32_t stored : {1, 12, -1, -5}) {
-    CConfiguration::Instance().SetInteger("testSort", stored);
-    CConfiguration::Instance().SetBool("enableFlatMode", stored < 0);
-    CTestModel model(m_ignores);
-    EXPECT_EQ(model.IsFlat(), stored < 0);
-    EXPECT_EQ(static_cast<int32_t>(model.Sort().column), stored > 0 ? stored - 1 : -stored - 1);
-    EXPECT_EQ(model.Sort().ascending, stored > 0);
-    CConfiguration::Instance().SetInteger("testSort", 99);
-    model.SetSort(model.Sort().column, model.Sort().ascending);
-    EXPECT_EQ(CConfiguration::Instance().GetInteger("testSort", 0), stored);
+TEST_F(DupsModelTest, WhatDoesNotFitIsRefused) {
+  const auto load = [](auto& table, auto record, auto... scores) {
+    record.path = "/b";
+    EXPECT_TRUE(table.BulkAdd(record));
+    record.path = "/a";
+    EXPECT_TRUE(table.BulkAdd(record));
+    const bool again = table.BulkAdd(record);
+    EXPECT_TRUE(table.BulkAdd("/a", "/b", std::nanf(""), scores...));
+    EXPECT_FALSE(table.BulkAdd("/a", "/c", 1, scores...));
+    EXPECT_EQ(table.RowCount(), 0U);
+    table.RebuildRows();
+    EXPECT_EQ(Files(table), (Lines{"/a", "/b"}));
+    // A score that is no number would have no place in the order.
+    EXPECT_EQ(table.TableAt(0)->item->minimum[0], -1);
+    return again;
+  };
+  EXPECT_TRUE(load(m_audio, AudioItemRecord(), 1, 1)) << "as files of old programs have it";
+  EXPECT_FALSE(load(m_images, ImageItemRecord(), 1));
+  EXPECT_FALSE(m_audio.BulkChange("/c", "/d", "", "", ""));
+  EXPECT_FALSE(m_images.BulkChange("/c", "/d"));
+  EXPECT_FALSE(m_audio.LockedAdd({At<ItemBase>("/x"), {}, 0, 0, {}}));
+  EXPECT_FALSE(m_images.LockedAdd({{}, At<ImageInfo>("/x"), 0, 0, {}}));
+  // Nor does what waits outlive the table.
+  m_images.LockedAdd({At<ImageInfo>("/c"), At<ImageInfo>("/d"), 0, 0, {}});
+  m_images.Clear();
+  EXPECT_TRUE(m_images.ProcessNewData());
+  EXPECT_EQ(m_images.ItemCount(), 0U);
+}
+
+TEST(SortState, StaysWhatTheSettingsHold) {
+  for (const auto& [stored, state] : {std::pair(0, SortState{FieldId::kFile, true}),
+                                      {1, {FieldId::kFile, true}},
+                                      {12, {FieldId::kSize, true}},
+                                      {-1, {FieldId::kFile, false}},
+                                      {-5, {FieldId::kContent, false}}}) {
+    EXPECT_EQ(SortState::Decode(stored).column, state.column) << stored;
+    EXPECT_EQ(SortState::Decode(stored).ascending, state.ascending) << stored;
+    EXPECT_EQ(state.Encode(), stored ? stored : 1);
   }
-  EXPECT_EQ(SortState::Decode(0).column, FieldId::kFile);
   EXPECT_EQ(FieldIdOf("samplerate"), FieldId::kSampleRate);
   EXPECT_EQ(FieldIdOf("Samplerate"), FieldId::kNone);
 }
 
 // A wake-up that is lost leaves pairs behind for ever; this one drains on wake-ups alone.
 TEST_F(DupsModelTest, PairsOfManyWorkersAllArriveByWakeUpsAlone) {
-  constexpr int kThreads = 4;
-  constexpr int kPairs = 3000;
-  CTestModel model(m_ignores);
-  std::atomic<int> wakeUps{0};
-  std::atomic<int> running{kThreads};
-  model.m_callback = [&] { ++wakeUps; };
+  constexpr int kThreads = 4, kPairs = 3000;
+  std::atomic<int> wakeUps{0}, running{kThreads};
+  m_audio.m_callback = [&] { ++wakeUps; };
   std::vector<std::thread> threads;
   for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&, t] {
-      const std::string name = std::to_string(t);
-      const CRef<const File> hub = MakeFile(name);
-      for (int i = 0; i < kPairs; ++i) {
-        model.Add(hub, MakeFile(name + "/" + std::to_string(i)), {1, 1});
-      }
+    threads.emplace_back([&, name = std::to_string(t)] {
+      const auto hub = At<ItemBase>(name);
+      for (int i = 0; i < kPairs; ++i)
+        m_audio.LockedAdd({hub, At<ItemBase>(name + "/" + std::to_string(i)), 0, 0, {}});
       --running;
     });
   }
-  int drained = 0;
-  for (;;) {
+  for (int drained = 0;;) {
     const bool last = running == 0;
-    const int seen = wakeUps;
-    if (seen != drained) {
+    if (const int seen = wakeUps; seen != drained) {
       drained = seen;
-      EXPECT_TRUE(model.ProcessNewData());
+      EXPECT_TRUE(m_audio.ProcessNewData());
     } else if (last) {
       break;
     }
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(model.GetStatistics().count, static_cast<uint32_t>(kThreads * kPairs));
-  EXPECT_EQ(model.GroupCount(), static_cast<uint32_t>(kThreads));
+  EXPECT_EQ(m_audio.PairCount(), static_cast<uint32_t>(kThreads * kPairs));
+  EXPECT_EQ(m_audio.GroupCount(), static_cast<uint32_t>(kThreads));
 }
 
 }  // namespace

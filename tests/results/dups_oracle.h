@@ -22,10 +22,19 @@ inline std::string Number(uint64_t value) {
   return std::string(20 - digits.size(), '0') + digits;
 }
 
+// A record with the facts of another file.
+template <class Base>
+CRef<Base> Describe(const typename Base::Facts& facts, const std::string& path) {
+  CRef<Base> base = MakeRef<Base>();
+  static_cast<typename Base::Facts&>(*base) = facts;
+  base->path = path;
+  return base;
+}
+
 // The state of a table in plain maps. Its rows are worked out from nothing each time, and follow
 // from the invariants alone; only the addresses that break ties are asked of the model. The Kit
 // tells what the tables differ in: Base, Scores, the columns of the scores in their order
-// (kScoreColumns), Text(column, base) that sorts as its own columns do, WithPath(base, path).
+// (kScoreColumns), and Text(column, base), which sorts as its own columns do.
 template <class Kit>
 struct Oracle {
   using Base = typename Kit::Base;
@@ -80,10 +89,8 @@ struct Oracle {
     };
     decltype(items) newItems;
     for (auto& [path, item] : items) {
-      if (names.contains(path)) {
-        item.file = Kit::WithPath(*item.file, now(path));
-      }
-      newItems[now(path)] = item;
+      Item& moved = newItems[now(path)] = item;
+      moved.file = Describe<Base>(*item.file, now(path));
     }
     decltype(pairs) newPairs;
     for (auto& [key, scores] : pairs) newPairs[{now(key.first), now(key.second)}] = scores;
@@ -93,20 +100,12 @@ struct Oracle {
   std::string Text(const std::string& path) const {
     const Item& item = items.at(path);
     const size_t slash = path.rfind('/');
-    switch (column) {
-      case FieldId::kFile:
-        return path;
-      case FieldId::kFolder:
-        return path.substr(0, slash);
-      case FieldId::kFilename:
-        return path.substr(slash + 1);
-      case FieldId::kSize:
-        return Number(item.file->size);
-      case FieldId::kGroup:
-        return std::to_string(item.folderGroup);
-      default:
-        return Kit::Text(column, *item.file);
-    }
+    if (column == FieldId::kFile) return path;
+    if (column == FieldId::kFolder) return path.substr(0, slash);
+    if (column == FieldId::kFilename) return path.substr(slash + 1);
+    if (column == FieldId::kSize) return Number(item.file->size);
+    if (column == FieldId::kGroup) return Number(item.folderGroup);
+    return Kit::Text(column, *item.file);
   }
   template <class Model>
   std::vector<Row> Table(const Model& model) const {
@@ -114,7 +113,7 @@ struct Oracle {
         std::find(Kit::kScoreColumns.begin(), Kit::kScoreColumns.end(), column) -
         Kit::kScoreColumns.begin());
     const auto address = [&](const std::string& path) {
-      return reinterpret_cast<uintptr_t>(model.FindItem(path));
+      return reinterpret_cast<uintptr_t>(model.LookUp(path));
     };
     const auto before = [&](const Key& a, const Key& b) { return ascending ? a < b : b < a; };
     std::map<std::string, Key> keys;
@@ -188,20 +187,17 @@ struct Oracle {
       ASSERT_EQ(row->item->expanded, item.expanded);
       ASSERT_TRUE(*row->item->base == *item.file) << rows[i].item;
       ASSERT_EQ(row->item->folderGroup, item.folderGroup);
-      Scores minimum, maximum;
-      minimum.fill(1);
-      maximum.fill(-10);
-      for (const std::string& partner : partners) {
-        for (size_t s = 0; s < kScores; ++s) {
+      for (size_t s = 0; s < kScores; ++s) {
+        float minimum = 1, maximum = -10;
+        for (const std::string& partner : partners) {
           const float score = pairs.at({rows[i].item, partner})[s];
-          minimum[s] = std::min(minimum[s], score);
-          maximum[s] = std::max(maximum[s], std::min(score, 1.0f));
+          minimum = std::min(minimum, score);
+          maximum = std::max(maximum, std::min(score, 1.0F));
         }
+        ASSERT_EQ(row->item->minimum[s], minimum);
+        ASSERT_EQ(row->item->maximum[s], maximum);
       }
-      ASSERT_EQ(row->item->minimum, minimum);
-      ASSERT_EQ(row->item->maximum, maximum);
-      int32_t first = 0;
-      int32_t last = 0;
+      int32_t first = 0, last = 0;
       ASSERT_TRUE(model.TableRange(static_cast<int32_t>(i), &first, &last));
       const auto sameGroup = [&](int32_t at) {
         return at >= 0 && at < static_cast<int32_t>(rows.size()) &&

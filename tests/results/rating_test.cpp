@@ -6,42 +6,40 @@ namespace quill {
 namespace {
 
 TEST(Rating, EachFactorByItselfAndAllTogether) {
-  struct Case {
+  using Info = AnalysisInfo&;
+  const struct {
     const char* name;
-    void (*change)(AnalysisInfo&);
+    void (*change)(Info);
     float expected;
-  };
-  const Case cases[] = {
-      {"flawless", [](AnalysisInfo&) {}, 1},
-      {"rate below the floor", [](AnalysisInfo& i) { i.sampleRate = 8000; }, 0.5F},
-      {"rate half-way", [](AnalysisInfo& i) { i.sampleRate = 33075; }, 0.75F},
-      {"unknown bitrate", [](AnalysisInfo& i) { i.bitrate = 0; }, 1},
-      {"least bitrate", [](AnalysisInfo& i) { i.bitrate = 32000; }, 0.5F},
-      {"96 kbit", [](AnalysisInfo& i) { i.bitrate = 96000; }, 0.75F},
-      {"cut at 12 kHz", [](AnalysisInfo& i) { i.maxFreq = 11000; }, 0.5F},
-      {"cut half-way", [](AnalysisInfo& i) { i.maxFreq = 15250; }, 0.75F},
-      {"mono", [](AnalysisInfo& i) { i.channels = 1; }, 0.5F},
-      {"100 clipped", [](AnalysisInfo& i) { i.clipping = 100; }, 0.85F},
-      {"low", [](AnalysisInfo& i) { i.absMax = 0.25F; }, 0.7F},
-      {"half level", [](AnalysisInfo& i) { i.absMax = 0.5F; }, 0.85F},
-      {"offset at the edge", [](AnalysisInfo& i) { i.absMean = 0.05F; }, 1},
-      {"offset", [](AnalysisInfo& i) { i.absMean = 0.075F; }, 0.85F},
-      {"large offset", [](AnalysisInfo& i) { i.absMean = 0.1F; }, 0.7F},
-      {"coarse", [](AnalysisInfo& i) { i.minStep = 0.00004F; }, 0.5F},
+  } cases[] = {
+      {"flawless", [](Info) {}, 1},
+      {"rate below the floor", [](Info i) { i.sampleRate = 8000; }, 0.5F},
+      {"rate half-way", [](Info i) { i.sampleRate = 33075; }, 0.75F},
+      {"unknown bitrate", [](Info i) { i.bitrate = 0; }, 1},
+      {"least bitrate", [](Info i) { i.bitrate = 32000; }, 0.5F},
+      {"96 kbit", [](Info i) { i.bitrate = 96000; }, 0.75F},
+      {"cut at 12 kHz", [](Info i) { i.maxFreq = 11000; }, 0.5F},
+      {"cut half-way", [](Info i) { i.maxFreq = 15250; }, 0.75F},
+      {"mono", [](Info i) { i.channels = 1; }, 0.5F},
+      {"100 clipped", [](Info i) { i.clipping = 100; }, 0.85F},
+      {"low", [](Info i) { i.absMax = 0.25F; }, 0.7F},
+      {"half level", [](Info i) { i.absMax = 0.5F; }, 0.85F},
+      {"offset at the edge", [](Info i) { i.absMean = 0.05F; }, 1},
+      {"offset", [](Info i) { i.absMean = 0.075F; }, 0.85F},
+      {"large offset", [](Info i) { i.absMean = 0.1F; }, 0.7F},
+      {"coarse", [](Info i) { i.minStep = 0.00004F; }, 0.5F},
       {"all at once",
-       [](AnalysisInfo& i) {
+       [](Info i) {
          i.sampleRate = 22050;
          i.bitrate = 64000;
-         i.maxFreq = 12000;
-         i.channels = 1;
          i.clipping = 100;
-         i.absMax = 0;
-         i.absMean = 1;
-         i.minStep = 1;
+         i.channels = 1;
+         i.maxFreq = i.absMax = 0;
+         i.absMean = i.minStep = 1;
        },
        0.0625F * 0.85F * 0.49F * 0.5F},
   };
-  for (const Case& one : cases) {
+  for (const auto& one : cases) {
     AnalysisInfo info;
     info.sampleRate = 44100;
     info.bitrate = 320000;
