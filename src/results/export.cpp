@@ -61,7 +61,7 @@ void ExportPairs(CExportWriter& out, const Table& table, std::span<const char* c
   });
 }
 
-std::array<std::string, 3> AudioScores(const AudioDupsTraits::Scores& scores) {
+std::array<std::string, 3> AudioScoreTexts(const AudioDupsTraits::Scores& scores) {
   using Traits = AudioDupsTraits;
   return {Percent(scores[Traits::kContent]), Percent(scores[Traits::kTags]),
           PrecisePercent(scores[Traits::kPrecise])};
@@ -139,7 +139,7 @@ bool Export(const CAudioDupsController& table, const std::string& path, ExportKi
   if (out.Open(path)) {
     if (kind == ExportKind::kM3u) ExportList(out, table);
     if (kind == ExportKind::kHtml) ExportAudioPage(out, table);
-    if (kind == ExportKind::kCsv) ExportPairs(out, table, kAudioHeadings, AudioScores);
+    if (kind == ExportKind::kCsv) ExportPairs(out, table, kAudioHeadings, AudioScoreTexts);
   }
   return out.Finish(failure);
 }
