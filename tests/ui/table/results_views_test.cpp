@@ -2,12 +2,15 @@
 
 #include <QAction>
 #include <QHeaderView>
+#include <QImage>
+#include <QProgressBar>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
 
 #include "ui/audio/audio_dups_view.h"
+#include "ui/dialog_driver.h"
 #include "ui/images/image_dups_view.h"
 #include "ui/quality/audio_analysis_view.h"
 #include "ui/sample_results.h"
@@ -214,6 +217,32 @@ TEST_F(ResultsViewsTest, ExportTellsWhyItFailed) {
   EXPECT_NE(test::ReadAll(m_results.folder / "out.html").find("cannot be read"), std::string::npos);
   EXPECT_NE(image->ExportFile(m_results.folder / "missing/out.html"), "");
   EXPECT_EQ(image->ExportFormats().size(), 2);
+}
+
+// A page that takes long stands under a dialog, and the way out of that leaves nothing behind.
+TEST_F(ResultsViewsTest, AnExportOfManyPicturesCanBeStopped) {
+  QImage picture(4000, 4000, QImage::Format_RGB32);
+  picture.fill(Qt::darkCyan);
+  ASSERT_TRUE(picture.save(QString::fromStdString(m_results.folder / "p.png")));
+  for (int i = 0; i < 200; ++i) {
+    const std::string other = m_results.folder / ("p" + std::to_string(i) + ".png");
+    std::filesystem::create_symlink("p.png", other);
+    (void)m_results->ImageDups().LockedAdd(test::Picture(m_results.folder / "p.png", 4000), 0,
+                                           test::Picture(other, 4000), 0, 0.8F, 0.4F);
+  }
+  (void)m_results->ImageDups().ProcessNewData();
+  const auto image = Make<TDXImageDupsView>();
+  test::CDialogDriver dialogs;
+  dialogs.Do([](QWidget* dialog) {
+    const auto* bar = dialog->findChild<QProgressBar*>();
+    ASSERT_TRUE(bar);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return bar->maximum() == 201 && bar->value() > 2; }));
+    dialog->close();
+  });
+  EXPECT_EQ(image->ExportFile(m_results.folder / "out.html"), "");
+  EXPECT_FALSE(std::filesystem::exists(m_results.folder / "out.html"));
+  for (const auto& file : std::filesystem::directory_iterator(m_results.folder.Path()))
+    EXPECT_EQ(file.path().filename().string().find(".quillmarsh-export"), std::string::npos);
 }
 
 TEST_F(ResultsViewsTest, EveryActionHasIconTipAndItsOwnKey) {
