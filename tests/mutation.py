@@ -1,23 +1,24 @@
 #!/usr/bin/env python3
 # Tries how much the tests see: changes one token of src/ at a time, builds, and runs the tests that
-# are likely to notice until one does. No part of ./test; it takes half a minute a change.
+# are likely to notice until one does. No part of ./test; a change costs about half a minute.
 #
 #   tests/mutation.py [--seed N] [--count N] [--folder FOLDER]... [--build DIR] [--jobs N]
 #                     [--minutes N] [--programs N] [--only FILE:LINE]
 #
-# --folder names folders of src/ ("core", "ui/table"); --programs ends the search for who sees a change after so
-# many test programs; --only tries each change of one line.
+# --folder names folders of src/ ("core", "ui/table"); --programs ends the search for who sees a
+# change after so many test programs; --only tries each change of one line.
 #
 # The tree you stand in is only read: it is copied to DIR/tree and built in DIR/build (DIR lies in
 # build/mutation), so nothing is left to put back when the trial is stopped, and the next start
-# mends a copy that was. Tests run with a home and a temporary folder of their own, a limit of
-# memory and of time, and room on the disk must be left; what they leave running is killed with its process group.
+# mends a copy that was. Tests run with a home and a temporary folder of their own and a limit of
+# memory and of time, and room on the disk must be left; what they leave running is killed with its
+# process group.
 #
 # A change that does not compile under the project's own warnings, or gives the same object file, is
-# not counted. The test programs that hold the changed file are run in this order: the folder's
-# own, then in the order of the layers, the command line last. A failing program is run a second time
-# and must fail again, so that a test that fails now and then does not count. One that runs out of time has
-# noticed. Each program runs once on the unchanged copy before it is first asked, and must pass.
+# not counted. The test programs that hold the changed file are run in this order: the folder's own,
+# then in the order of the layers, the command line last. A failing program is run a second time and
+# must fail again, so that a test that fails now and then does not count. One that runs out of time
+# has noticed. Each program runs once on the unchanged copy before it is first asked, and must pass.
 #
 # Left alone is what no test should fix: texts, line numbers of reports, log calls, room to reserve,
 # sizes of buffers, waiting times and pixels of a layout.
@@ -26,23 +27,25 @@ import argparse, glob, os, random, re, resource, shutil, signal, subprocess, sys
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 LAYERS = ('core storage signal decoding decoder device audio image results inspection workers app '
           'platform cli ui').split()
-BLANKED = re.compile(r'//[^\n]*|/\*.*?\*/|R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])+\'(?!\d)'
-                     r'|^[ \t]*#(?:[^\n]*\\\n)*[^\n]*|\bstatic_assert\(.*?\);|\balignas\(\w+\)'
-                     r'|\b(?:CSystemError::\w+|LogText|CLog::\w+|Short|Refuse|\w*[Rr]eserve)\([^;]*;', re.M | re.S)
-TASTE = re.compile(r'(?i)timeout|interval|buffer|capacity|chunk|seconds|wait|delay|margin|spacing|'
-                   r'stretch|resize\(|size(hint)?\(|width|height|pixel|icon|\bnice\b|(array<|\w )\w*\[?\d+[\]>] ?[\w{;]')
-SWAPS = [(r'(?<= )<(?= )', '<='), (r'(?<= )<=(?= )', '<'), (r'(?<= )>(?= )', '>='), (r'(?<= )>=(?= )', '>'),
-         (r'(?<= )==(?=\s)', '!='), (r'(?<= )!=(?=\s)', '=='), (r'(?<=[\w)\]] )\+(?=\s)', '-'),
-         (r'(?<=[\w)\]] )-(?=\s)', '+'), (r'(?<= )\+=(?=\s)', '-='), (r'(?<= )-=(?=\s)', '+='),
-         (r'(?<=[\w)\]] )\*(?= )', '/'), (r'(?<=[\w)\]] )/(?= )', '*'), (r'(?<= )&&(?=\s)', '||'),
-         (r'(?<= )\|\|(?=\s)', '&&'), (r'\+\+', '--'), (r'--', '++'), (r'\btrue\b', 'false'),
-         (r'\bfalse\b', 'true'), (r'(?<![\w)\]])!(?=[\w(:])', ''), (r'\bmin(?=[(<])', 'max'),
-         (r'\bmax(?=[(<])', 'min'), (r'\bqMin\b', 'qMax'), (r'\bqMax\b', 'qMin'),
-         (r'\bbreak(?=;)', 'continue'), (r'\bcontinue(?=;)', 'break')]
+BLANKED = re.compile(
+    r'//[^\n]*|/\*.*?\*/|R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])+\'(?!\d)'
+    r'|^[ \t]*#(?:[^\n]*\\\n)*[^\n]*|\bstatic_assert\(.*?\);|\balignas\(\w+\)|\b(?:CSystemError::'
+    r'\w+|LogText|CLog::\w+|Short|Refuse|Failed|\w*[Rr]eserve)\([^;]*;', re.M | re.S)
+TASTE = re.compile(r'(?i)timeout|interval|capacity|\bwait|sleep|delay|patience|\bnice\b|kBuffer|'
+                   r'(array<|\w )\w*\[?\d+[\]>] ?[\w{;]')
+LAYOUT = re.compile(r'(?i)margin|spacing|stretch|resize\(|size(hint)?\(|width|height|pixel|icon')
+SWAPS = [  # of operators with blanks around them, which templates and references have not
+    (r'(?<= )<(?= )', '<='), (r'(?<= )<=(?= )', '<'), (r'(?<= )>(?= )', '>='),
+    (r'(?<= )>=(?= )', '>'), (r'(?<= )==(?=\s)', '!='), (r'(?<= )!=(?=\s)', '=='),
+    (r'(?<=[\w)\]] )\+(?=\s)', '-'), (r'(?<=[\w)\]] )-(?=\s)', '+'), (r'(?<= )\+=(?=\s)', '-='),
+    (r'(?<= )-=(?=\s)', '+='), (r'(?<=[\w)\]] )\*(?= )', '/'), (r'(?<=[\w)\]] )/(?= )', '*'),
+    (r'(?<= )&&(?=\s)', '||'), (r'(?<= )\|\|(?=\s)', '&&'), (r'\+\+', '--'), (r'--', '++'),
+    (r'\btrue\b', 'false'), (r'\bfalse\b', 'true'), (r'(?<![\w)\]])!(?=[\w(:])', ''),
+    (r'\bmin(?=[(<])', 'max'), (r'\bmax(?=[(<])', 'min'), (r'\bqMin\b', 'qMax'),
+    (r'\bqMax\b', 'qMin'), (r'\bbreak(?=;)', 'continue'), (r'\bcontinue(?=;)', 'break')]
 NUMBER = re.compile(r"(?<![\w.'])(0x[\da-fA-F]+|\d[\d']*(?:\.\d+)?)(?=[uUlLfF]*\b)")
 CALL = re.compile(r'^\s*(?!return\b|delete\b|throw\b|using\b|case\b|default\b)'
                   r'[\w:.\->\[\]*]+(?:\(.*\)| [-+*/|&^]?= .*|\+\+|--);$')
-HEAD = re.compile(r'^ {0,4}(?:[\w:<>,*&\[\]]+ )*(?:[\w:<>~]+)\(.*')
 
 
 def candidates(path):
@@ -51,7 +54,7 @@ def candidates(path):
     blank = BLANKED.sub(lambda m: re.sub(r'[^\n]', ' ' if m[0][0] in ' #/\t' else '_', m[0]), text)
     lines, codes, found, bools = text.split('\n'), blank.split('\n'), [], False
     for i, (line, code) in enumerate(zip(lines, codes)):
-        if not line.startswith(' ') and '(' in code or re.match(r'^ +(\[\[\w+\]\] )?(bool|void|int|auto) \w+\(', code):
+        if '(' in code and re.match(r'[^ ]|^ +(\[\[\w+\]\] )?(bool|void|int|auto) \w+\(', code):
             bools = 'bool ' in code.split('(')[0]
 
         def put(start, end, new, number=i, line=line):
@@ -60,13 +63,13 @@ def candidates(path):
         for old, new in SWAPS:
             for m in re.finditer(old, code):
                 put(m.start(), m.end(), new)
-        if not TASTE.search(code):
+        if not TASTE.search(code) and not ('/ui/' in path and LAYOUT.search(code)):
             for m in NUMBER.finditer(code):
                 value = m[1].replace("'", '')
                 put(m.start(), m.end(), hex(int(value, 16) + 1) if value[:2] == '0x' else
                     re.sub(r'^\d+', lambda d: str(int(d[0]) + 1), value))
         before = next((c.strip() for c in reversed(codes[:i]) if c.strip()), '')
-        if CALL.match(code) and '_______' not in code.replace('"', '') and before[-1:] in ';{}:)':
+        if CALL.match(code) and before[-1:] in ';{}:)':
             put(len(line) - len(line.lstrip()), len(line), '{}')
         m = re.match(r'^(.*\breturn )(?!true\b|false\b|\{)([^;{]+);', code)
         if m and bools:
@@ -85,15 +88,15 @@ def kill(process):
 class Trial:
     def __init__(self, options):
         self.o = options
-        self.tree, self.build, self.home = (os.path.join(options.build, n) for n in ('tree', 'build', 'home'))
+        self.tree, self.build, self.home = (options.build + n for n in ('/tree', '/build', '/home'))
         self.end = time.time() + 60 * options.minutes
         self.took, self.users, self.inputs = {}, {}, {}
 
     def sync(self):
         """Makes the copy equal to the tree, and touches nothing that is."""
-        names = subprocess.run(['git', 'ls-files', '-co', '--exclude-standard', '-z'], cwd=ROOT, check=True,
-                               capture_output=True, text=True).stdout.split('\0')
-        names = {n for n in names if n and os.path.isfile(os.path.join(ROOT, n))}
+        command = ['git', 'ls-files', '-co', '--exclude-standard', '-z']
+        names = subprocess.run(command, cwd=ROOT, check=True, capture_output=True, text=True).stdout
+        names = {n for n in names.split('\0') if n and os.path.isfile(os.path.join(ROOT, n))}
         for folder, _, files in os.walk(self.tree):
             for name in files:
                 if os.path.relpath(os.path.join(folder, name), self.tree) not in names:
@@ -138,34 +141,39 @@ class Trial:
         finally:
             for p in running:
                 kill(p)
-        text = ''.join(open(f, errors='replace').read() for f in sorted(glob.glob(self.home + '/*/log')))
-        return result, text
+        logs = sorted(glob.glob(self.home + '/*/log'))
+        return result, ''.join(open(log, errors='replace').read() for log in logs)
 
     def ninja(self, targets, seconds=240):
         return self.run_all([(['ninja', '-j', str(self.o.jobs), *targets], {})], seconds)
 
     def run_program(self, program, seconds):
         if program == 'command_line':
-            commands = [([sys.executable, self.tree + '/tests/cli_test.py', self.build + '/bin'], {})]
-        else:
-            shards = self.o.jobs if self.took.get(program, 9) > 1 else 1
-            commands = [([self.build + '/bin/' + program, '--gtest_fail_fast', '--gtest_brief=1'],
-                         {'GTEST_TOTAL_SHARDS': str(shards), 'GTEST_SHARD_INDEX': str(n)}) for n in range(shards)]
+            script = self.tree + '/tests/cli_test.py'
+            command = [sys.executable, script, self.build + '/bin']
+            return self.run_all([(command, {})], seconds, True)
+        command = [self.build + '/bin/' + program, '--gtest_fail_fast', '--gtest_brief=1']
+        shards = self.o.jobs if self.took.get(program, 9) > 1 else 1
+        commands = [(command, {'GTEST_TOTAL_SHARDS': str(shards), 'GTEST_SHARD_INDEX': str(n)})
+                    for n in range(shards)]
         return self.run_all(commands, seconds, True)
 
     def graph(self, *tool):
-        return subprocess.run(['ninja', '-C', self.build, '-t', *tool], capture_output=True, text=True, check=True).stdout
+        command = ['ninja', '-C', self.build, '-t', *tool]
+        return subprocess.run(command, capture_output=True, text=True, check=True).stdout
 
     def affected(self, name):
-        """The test programs that a file of src/ goes into, the folder's own first, with their targets."""
+        """The test programs that hold a file, the folder's own first, with their targets."""
         if not self.users:
             for block in self.graph('deps').split('\n\n'):
                 built, *sources = block.split('\n')
                 for source in sources:
-                    self.users.setdefault(os.path.relpath(source.strip(), self.tree), set()).add(built.split(':')[0])
+                    name_there = os.path.relpath(source.strip(), self.tree)
+                    self.users.setdefault(name_there, set()).add(built.split(':')[0])
         own = name.split('/')[1]
         found = []
-        for program in ['test_' + n for n in [own] + [n for n in LAYERS if n != own]] + ['command_line']:
+        order = ['test_' + n for n in dict.fromkeys([own, *LAYERS])] + ['command_line']
+        for program in order:
             targets = ['quillmarsh-cli', 'decoder'] if program == 'command_line' else [program]
             if program not in self.inputs:
                 self.inputs[program] = set(self.graph('inputs', *targets).split('\n'))
@@ -176,10 +184,10 @@ class Trial:
     def prepare(self):
         os.makedirs(self.build, exist_ok=True)
         self.sync()
-        flags = ['-DCMAKE_BUILD_TYPE=Release', '-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG -Wno-maybe-uninitialized',
-                 '-DQUILLMARSH_BENCH=OFF',
-                 '-DQUILLMARSH_TESTS=ON', '-DQUILLMARSH_WARNINGS_AS_ERRORS=ON', '-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=gold']
-        result, text = self.run_all([(['cmake', '-G', 'Ninja', '-S', self.tree, '-B', self.build, *flags], {})], 120)
+        flags = ['-DCMAKE_BUILD_TYPE=Release', '-DQUILLMARSH_TESTS=ON', '-DQUILLMARSH_BENCH=OFF',
+                 '-DQUILLMARSH_WARNINGS_AS_ERRORS=ON', '-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=gold']
+        command = ['cmake', '-G', 'Ninja', '-S', self.tree, '-B', self.build, *flags]
+        result, text = self.run_all([(command, {})], 120)
         if not result:
             result, text = self.ninja(['all'], 3600)
         if result:
@@ -193,9 +201,9 @@ class Trial:
             begin = time.time()
             result, text = self.run_program(program, 600)
         self.took[program] = time.time() - begin
-        print(f'{program}: {"FAILS" if result else "passes"} in {self.took[program]:.1f} s', flush=True)
         if result:
-            sys.exit('the unchanged tree does not pass\n' + text[-3000:])
+            sys.exit(f'the unchanged tree does not pass {program}\n' + text[-3000:])
+        print(f'{program} passes in {self.took[program]:.1f} s', flush=True)
 
     def test(self, name, text, changed):
         """(who caught the change, or None, or '' for none; why it does not count)"""
@@ -221,12 +229,13 @@ class Trial:
             if result == 1:
                 result, _ = self.run_program(program, seconds)
             if result:
-                return program.removeprefix('test_') + '.' + (''.join(failed[0]) if failed else 'ended or hung'), None
+                test = ''.join(failed[0]) if failed else 'ended or hung'
+                return program.removeprefix('test_') + '.' + test, None
         return None, None
 
     def go(self):
-        files = [os.path.relpath(f, ROOT) for f in sorted(glob.glob(ROOT + '/src/**/*.*', recursive=True))
-                 if f.endswith(('.cpp', '.h'))]
+        files = sorted(glob.glob('src/**/*.*', root_dir=ROOT, recursive=True))
+        files = [f for f in files if f.endswith(('.cpp', '.h'))]
         wanted = self.o.folder or LAYERS
         if self.o.only:
             only, number = self.o.only.split(':')
@@ -241,8 +250,9 @@ class Trial:
         chance = random.Random(self.o.seed)
         order = sorted(lines)
         chance.shuffle(order)
-        picks = [(f, c) for f, n in order for c in (lines[f, n] if self.o.only else [chance.choice(lines[f, n])])]
-        print(f'{sum(map(len, lines.values()))} changes of {len(order)} lines; seed {self.o.seed}', flush=True)
+        picks = [(place[0], c) for place in order
+                 for c in (lines[place] if self.o.only else [chance.choice(lines[place])])]
+        print(f'{sum(map(len, lines.values()))} changes of {len(order)} lines', flush=True)
         self.prepare()
         caught, survivors = 0, []
         try:
@@ -260,24 +270,29 @@ class Trial:
                     self.write(name, text.encode())
                 self.ninja(sorted(self.built))
                 told = f'{name}:{number}: {what}'
-                if who != '':
-                    caught += who is not None
-                    survivors += [told + '   ' + line.strip()] if who is None else []
-                print(f'{told}: {"caught by " + who if who else "SURVIVED: " + line.strip() if who is None else "not counted, " + why}'
-                      f' ({time.time() - begin:.0f} s)', flush=True)
+                if who:
+                    caught += 1
+                    result = 'caught by ' + who
+                elif who is None:
+                    survivors.append(told + '   ' + line.strip())
+                    result = 'SURVIVED   ' + line.strip()
+                else:
+                    result = 'not counted: ' + why
+                print(f'{told}: {result} ({time.time() - begin:.0f} s)', flush=True)
         finally:
             self.sync()
             count = caught + len(survivors)
-            print(f'\n{caught} of {count} caught ({100 * caught / max(1, count):.0f} %), seed {self.o.seed}')
+            share = 100 * caught / max(1, count)
+            print(f'\n{caught} of {count} caught ({share:.0f} %), seed {self.o.seed}')
             print('\n'.join(survivors))
 
 
 def main():
-    parser = argparse.ArgumentParser(description='Changes the code a token at a time and looks whether a test fails.')
+    parser = argparse.ArgumentParser(description='Which changes of a token do the tests see?')
     parser.add_argument('--seed', type=int, default=1)
     parser.add_argument('--count', type=int, default=50)
     parser.add_argument('--folder', action='append')
-    parser.add_argument('--build', default=os.path.join(ROOT, 'build/mutation'), type=os.path.abspath)
+    parser.add_argument('--build', default=ROOT + '/build/mutation', type=os.path.abspath)
     parser.add_argument('--jobs', type=int, default=2)
     parser.add_argument('--minutes', type=float, default=120)
     parser.add_argument('--programs', type=int, default=99)

@@ -98,20 +98,6 @@ TEST(ScoreBarks, MatchesThePlainFormulaAtAllLengths) {
   });
 }
 
-TEST(ScoreBarks, TheSameSoundScoresOneAndAPieceOfItPeaks) {
-  Random random(2);
-  BarkPrint whole, copy, piece;
-  whole.length = copy.length = kBarkLongest;
-  piece.length = 315;
-  FillPair(random, &whole, &copy);
-  EXPECT_NEAR(Score(whole, whole), 1.0f, 1e-6);
-  for (int32_t band = 0; band < kBarkBands; ++band)
-    std::copy_n(whole.Band(band) + 200, piece.length, piece.Band(band));
-  const SweepResult sweep = Sweep(whole, piece);
-  EXPECT_NEAR(sweep.peakMean, 1.0f, 1e-6);
-  EXPECT_NEAR(sweep.curvePeak, 1.0f, 1e-6);
-}
-
 TEST(ScoreBarks, AFlatBandMatchesNothingNotEvenAFlatOne) {
   Random random(4);
   BarkPrint sound, other, silent, level;

@@ -4,12 +4,9 @@
 // keep the server waiting; a piece that it tears in two is not found.
 #include "platform/cubeb_output.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+#include <QProcess>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -46,39 +43,18 @@ bool Soon(Done done) {
 
 // A program that ends with the object, and with this process however that ends; its output goes to
 // a file.
-class CProgram {
+class CProgram : public QProcess {
  public:
-  CProgram(std::vector<std::string> words, const std::string& output) {
-    words.insert(words.begin(), {"setpriv", "--pdeathsig", "KILL"});
-    std::vector<char*> arguments;
-    for (std::string& word : words) arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_addopen(&files, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&files, 2, (output + ".errors").c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (posix_spawnp(&m_process, arguments[0], &files, nullptr, arguments.data(), environ) != 0)
-      m_process = -1;
-    posix_spawn_file_actions_destroy(&files);
+  CProgram(const QStringList& words, const std::string& output) {
+    setStandardOutputFile(QString::fromStdString(output));
+    setStandardErrorFile(QString::fromStdString(output + ".errors"));
+    start("setpriv", QStringList{"--pdeathsig", "KILL"} + words);
   }
-  ~CProgram() { End(SIGTERM); }
-  CProgram(const CProgram&) = delete;
-  CProgram& operator=(const CProgram&) = delete;
-
-  void End(int signal) {
-    if (m_process <= 0) return;
-    kill(m_process, signal);
-    waitpid(m_process, nullptr, 0);
-    m_process = -1;
+  ~CProgram() override {
+    terminate();
+    waitForFinished();
   }
-  [[nodiscard]] bool IsRunning() {
-    if (m_process > 0 && waitpid(m_process, nullptr, WNOHANG) != 0) m_process = -1;
-    return m_process > 0;
-  }
-
- private:
-  pid_t m_process = -1;
+  [[nodiscard]] bool IsRunning() { return !waitForFinished(0) && state() != NotRunning; }
 };
 
 // Where the pieces of the file, `kPiece` samples each, were found in what was recorded.
@@ -165,18 +141,18 @@ class SoundServerTest : public testing::Test {
       setenv(name, m_folder.Path().c_str(), 1);
     setenv("PULSE_SERVER", ("unix:" + socket).c_str(), 1);
     m_server = std::make_unique<CProgram>(
-        std::vector<std::string>{
-            "pulseaudio", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "-n", "-L",
-            "module-null-sink sink_name=null rate=44100 channels=2 norewinds=1", "-L",
-            "module-native-protocol-unix auth-anonymous=1 socket=" + socket},
+        QStringList{"pulseaudio", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
+                    "-n", "-L", "module-null-sink sink_name=null rate=44100 channels=2 norewinds=1",
+                    "-L",
+                    QString::fromStdString("module-native-protocol-unix auth-anonymous=1 socket=" +
+                                           socket)},
         m_folder / "server.log");
     ASSERT_TRUE(Soon([&] { return std::filesystem::exists(socket) || !m_server->IsRunning(); }) &&
                 m_server->IsRunning())
         << test::ReadAll(m_folder / "server.log.errors");
     m_recorder = std::make_unique<CProgram>(
-        std::vector<std::string>{"parec", "--device=null.monitor", "--raw", "--format=s16le",
-                                 "--channels=1", "--rate=" + std::to_string(kRate),
-                                 "--latency-msec=20"},
+        QStringList{"parec", "--device=null.monitor", "--raw", "--format=s16le", "--channels=1",
+                    "--rate=" + QString::number(kRate), "--latency-msec=20"},
         m_folder / "recorded");
     ASSERT_TRUE(Soon([&] { return Recorded() > 0 || !m_recorder->IsRunning(); }) &&
                 m_recorder->IsRunning())
@@ -201,6 +177,11 @@ class SoundServerTest : public testing::Test {
     m_player = std::make_unique<CAudioPlayer>(m_output);
     m_player->OpenFile(path);
     ASSERT_TRUE(Reaches(CAudioPlayer::kPlaying));
+  }
+  void Pause(double seconds) {
+    m_player->PausePlaying();
+    ASSERT_TRUE(Reaches(CAudioPlayer::kPaused));
+    ASSERT_TRUE(RecordMore(seconds));
   }
   [[nodiscard]] bool Reaches(uint32_t state) const {
     return Soon([&] { return m_player->GetState() == state; });
@@ -263,9 +244,7 @@ TEST_F(SoundServerTest, APauseIsSilenceAndLosesNothing) {
   const std::vector<float> file = MakeFile(path, 2);
   Open(path);
   ASSERT_TRUE(Soon([&] { return m_player->Position() > 800; }));
-  m_player->PausePlaying();
-  ASSERT_TRUE(Reaches(CAudioPlayer::kPaused));
-  ASSERT_TRUE(RecordMore(1.5));
+  Pause(1.5);
   m_player->StartPlaying();
   const std::vector<float> recorded = PlayToEnd(0);
   const Heard heard = Listen(file, recorded);
@@ -278,9 +257,7 @@ TEST_F(SoundServerTest, ASeekGoesOnAtItsPlace) {
   const std::string path = m_folder / "music.wav";
   const std::vector<float> file = MakeFile(path, 2);
   Open(path);
-  m_player->PausePlaying();
-  ASSERT_TRUE(Reaches(CAudioPlayer::kPaused));
-  ASSERT_TRUE(RecordMore(0.5));
+  Pause(0.5);
   const size_t before = Recorded();
   m_player->SeekTo(1500);
   const std::vector<float> recorded = PlayToEnd(before);
@@ -294,7 +271,7 @@ TEST_F(SoundServerTest, AServerThatGoesAwayEndsPlaying) {
   const std::string path = m_folder / "music.wav";
   (void)MakeFile(path, 2);
   Open(path);
-  m_server->End(SIGKILL);
+  m_server->kill();
   EXPECT_TRUE(Reaches(CAudioPlayer::kFailed));
   // And with none the file is not even opened.
   m_player->OpenFile(path);

@@ -42,6 +42,7 @@ TEST(File, EachModeCreatesReadsAndWritesAsTold) {
     EXPECT_EQ(file.Seek(0) && file.Write("C", 1), c.writes);
   }
   CFile file;
+  EXPECT_FALSE(file.IsOpen());
   EXPECT_FALSE(file.Open("/dev/null", 0));
   EXPECT_FALSE(file.Open("/dev/null", 5));
   EXPECT_FALSE(file.IsOpen());

@@ -194,17 +194,19 @@ TEST(PendingWork, ManyThreadsFillManyBuffersWithWholeRecords) {
   EXPECT_EQ(ReadAll(stage.path).size(), kReserved + kMagic.size());
 }
 
-TEST(PendingWork, AStringThatDoesNotFitIsLeftOut) {
+TEST(PendingWork, AnEmptyStringIsOneAndOneThatDoesNotFitIsLeftOut) {
   Stage stage;
   const std::string longest(65535, 'l');
   stage.pool.m_threads = {[&](CSerializer& s) {
+    s.WriteFile("", 2);
     s.WriteAnalysisFile(longest);
     s.WriteFile(longest + "l", 1);
   }};
   ASSERT_TRUE(stage.Write());
-  EXPECT_TRUE(ReadAll(stage.path) ==
-              std::string(kReserved, '\0') + kMagic + Record(4, longest, "") + "\x03\x01");
-  EXPECT_TRUE(stage.Read() == std::vector<std::string>{"kind 3 " + longest + " 0 0"});
+  EXPECT_TRUE(ReadAll(stage.path) == std::string(kReserved, '\0') + kMagic + Record(3, "", "\x02") +
+                                         Record(4, longest, "") + "\x03\x01");
+  EXPECT_TRUE(stage.Read() ==
+              (std::vector<std::string>{"kind 1  2 0", "kind 3 " + longest + " 0 0"}));
 }
 
 TEST(PendingWork, AFailingEngineIsReported) {
