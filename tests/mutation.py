@@ -3,10 +3,10 @@
 # are likely to notice until one does. No part of ./test; a change costs about half a minute.
 #
 #   tests/mutation.py [--seed N] [--count N] [--folder FOLDER]... [--build DIR] [--jobs N]
-#                     [--minutes N] [--programs N] [--only FILE:LINE]
+#                     [--minutes N] [--programs N] [--only FILE:LINE]...
 #
 # --folder names folders of src/ ("core", "ui/table"); --programs ends the search for who sees a
-# change after so many test programs; --only tries each change of one line.
+# change after so many test programs; --only tries each change of a line.
 #
 # The tree you stand in is only read: it is copied to DIR/tree and built in DIR/build (DIR lies in
 # build/mutation), so nothing is left to put back when the trial is stopped, and the next start
@@ -237,16 +237,12 @@ class Trial:
         files = sorted(glob.glob('src/**/*.*', root_dir=ROOT, recursive=True))
         files = [f for f in files if f.endswith(('.cpp', '.h'))]
         wanted = self.o.folder or LAYERS
-        if self.o.only:
-            only, number = self.o.only.split(':')
-            files = [f for f in files if f == only]
-            wanted = [os.path.dirname(only)[4:]]
-        files = [f for f in files if any(f.startswith(f'src/{w}/') for w in wanted)]
         lines = {}
         for f in files:
-            for c in candidates(os.path.join(ROOT, f)):
-                if not self.o.only or c[0] == int(number):
-                    lines.setdefault((f, c[0]), []).append(c)
+            if self.o.only or any(f.startswith(f'src/{w}/') for w in wanted):
+                for c in candidates(os.path.join(ROOT, f)):
+                    if not self.o.only or f'{f}:{c[0]}' in self.o.only:
+                        lines.setdefault((f, c[0]), []).append(c)
         chance = random.Random(self.o.seed)
         order = sorted(lines)
         chance.shuffle(order)
@@ -296,7 +292,7 @@ def main():
     parser.add_argument('--jobs', type=int, default=2)
     parser.add_argument('--minutes', type=float, default=120)
     parser.add_argument('--programs', type=int, default=99)
-    parser.add_argument('--only')
+    parser.add_argument('--only', action='append')
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
     Trial(parser.parse_args()).go()
 
