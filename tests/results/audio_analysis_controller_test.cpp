@@ -50,15 +50,15 @@ TEST_F(AudioAnalysisController, ArrivingFilesStandInOrderAndTheFirstResultStays)
   int woken = 0;
   m_analysis.m_callback = [&] { ++woken; };
   Arrive({"/good", "/fair"});
-  Arrive({"/bad"}, 8000);
+  Arrive({"/worst"}, 8000);
   EXPECT_FALSE(m_analysis.LockedAdd({}));
-  Arrive({"/bad"});
+  Arrive({"/worst"});
   EXPECT_EQ(woken, 3) << "one wake-up a batch";
-  EXPECT_EQ(Files(m_analysis)[0], "/bad") << "the worst on top";
-  EXPECT_FLOAT_EQ(m_analysis.FindItem("/bad")->rating, 0.5F);
+  EXPECT_EQ(Files(m_analysis)[0], "/worst") << "the worst on top";
+  EXPECT_FLOAT_EQ(m_analysis.FindItem("/worst")->rating, 0.5F);
   m_analysis.SetSort(FieldId::kFilename, false);
   m_analysis.SetSort(FieldId::kNone, true);
-  EXPECT_EQ(Files(m_analysis), (Lines{"/good", "/fair", "/bad"}));
+  EXPECT_EQ(Files(m_analysis), (Lines{"/worst", "/good", "/fair"}));
   const SortState stored = CAudioAnalysisController(m_analysisStore, m_ignores).Sort();
   EXPECT_TRUE(stored.column == FieldId::kFilename && !stored.ascending);
   EXPECT_EQ(m_analysis.TableAt(3), nullptr);
@@ -262,17 +262,29 @@ TEST_F(AudioAnalysisController, LoadsEveryFieldAndRefusesWhatDoesNotFit) {
   EXPECT_EQ(now.peakSpectrum, info->peakSpectrum);
   EXPECT_FLOAT_EQ(loaded.FindItem("/full")->rating, Rating(*info));
 
+  // A load that is journalled into another file, and written before its rows stand.
+  CResultsJournal again(nullptr, nullptr, &loaded);
+  ASSERT_TRUE(again.OpenForWriting(m_folder / "again"));
+  loaded.m_journal = &again;
+  EXPECT_TRUE(loaded.BulkRemove("/full"));
   AnalysisItemRecord record;
-  record.path = "/b";
-  EXPECT_TRUE(loaded.BulkAdd(record));
+  for (const char* path : {"/c", "/b"}) {
+    record.path = path;
+    EXPECT_TRUE(loaded.BulkAdd(record));
+  }
   EXPECT_FALSE(loaded.BulkAdd(record));
   EXPECT_FALSE(loaded.BulkChange("/x", "/y", "", "", ""));
   EXPECT_FALSE(loaded.BulkRemove("/x"));
   EXPECT_TRUE(loaded.BulkChange("/b", "/0", "c", "d", "e"));
-  EXPECT_TRUE(loaded.BulkRemove("/full"));
+  EXPECT_TRUE(loaded.BulkRemove("/c"));
   EXPECT_EQ(loaded.RowCount(), 0U);
-  loaded.RebuildRows();
+  CResultsJournal second(nullptr, nullptr, &m_analysis);
+  m_analysis.Clear();
+  ASSERT_TRUE(second.OpenForReading(m_folder / "again") && second.Load());
+  EXPECT_EQ(Files(m_analysis), Lines{"/0"});
+  EXPECT_TRUE(again.Rebuild());
   EXPECT_EQ(Files(loaded), Lines{"/0"});
+  loaded.m_journal = nullptr;
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ class AutomarkTest : public test::CResultTables {
  protected:
   void Pictures(const std::string& a, const std::string& b, float content, float experimental) {
     m_images.LockedAdd({m_imageStore.GetCache({a, 200, 100, 5, 8, 1}),
-                        m_imageStore.GetCache({b, 100, 100, 5, 8, 1}),
+                        m_imageStore.GetCache({b, 100, 100, 5, 8, 2}),
                         0,
                         0,
                         {content, experimental}});
@@ -48,27 +48,28 @@ TEST_F(AutomarkTest, EachCriterion) {
   m_store.Set("audioAutomarkExtensions", Texts{"flac", "", "mp3"});
   m_analysis.LockedAdd(test::At<AnalysisInfo>("/rated"));
   ASSERT_TRUE(m_analysis.ProcessNewData());
+  // The criterion behind it would have it the other way round.
   const struct {
     const char* criterion;
     Sound worse, better;
   } cases[] = {
-      {"Rating", {.path = "/unrated"}, {.path = "/rated"}},
+      {"Rating", {.path = "/unrated", .bitrate = 9}, {.path = "/rated"}},
       {"Bitrate", {.path = "/a", .bitrate = 64000, .size = 9}, {.path = "/b", .bitrate = 64001}},
       {"Size",
        {.path = "/a", .bitrate = 9, .size = 1ull << 33},
        {.path = "/b", .size = 1ull << 34}},
       {"Tags",
-       {.path = "/a", .title = "a very long title"},
+       {.path = "/a", .bitrate = 9, .title = "a very long title"},
        {.path = "/b", .artist = "A", .title = "t"}},
-      {"Tags", {.path = "/a", .title = "short"}, {.path = "/b", .title = "longer"}},
-      {"Format", {.path = "/a.mp3"}, {.path = "/b.FLAC"}},
-      {"Format", {.path = "/a.ogg"}, {.path = "/b.mp3"}},
-      {"Format", {.path = "/a.mp3"}, {.path = "/v1.0/b"}},
-      {"Group", {.path = "/a", .group = 0}, {.path = "/b", .group = 4}},
-      {"Group", {.path = "/a", .group = 2}, {.path = "/b", .group = 1}},
-      {"Folder", {.path = "/good/a"}, {.path = "/best/b"}},
-      {"Folder", {.path = "/other/a"}, {.path = "/c"}},
-      {"Duration", {.path = "/a", .durationMs = 1}, {.path = "/b", .durationMs = 2}},
+      {"Tags", {.path = "/a", .bitrate = 9, .title = "short"}, {.path = "/b", .title = "longer"}},
+      {"Format", {.path = "/a.mp3", .bitrate = 9}, {.path = "/b.FLAC"}},
+      {"Format", {.path = "/a.ogg", .bitrate = 9}, {.path = "/b.mp3"}},
+      {"Format", {.path = "/a.mp3", .bitrate = 9}, {.path = "/v1.0/b"}},
+      {"Group", {.path = "/a", .bitrate = 9, .group = 0}, {.path = "/b", .group = 4}},
+      {"Group", {.path = "/a", .bitrate = 9, .group = 2}, {.path = "/b", .group = 1}},
+      {"Folder", {.path = "/good/a", .bitrate = 9}, {.path = "/best/b"}},
+      {"Folder", {.path = "/other/a", .bitrate = 9}, {.path = "/c"}},
+      {"Duration", {.path = "/a", .bitrate = 9, .durationMs = 1}, {.path = "/b", .durationMs = 2}},
       // A tie goes to the next criterion of the list; the default order goes on behind the saved
       // ones.
       {"Folder", {.path = "/x/b", .size = 1}, {.path = "/x/a", .size = 2}},

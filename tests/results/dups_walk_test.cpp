@@ -29,11 +29,10 @@ struct AudioKit {
 
   // Few values in each field, so that ties are common.
   static AudioFacts Make(const std::string& path, uint32_t number) {
+    static constexpr const char* kAlbums[] = {"a b", "\xc3\xa4", "ab"};
     return {path,
             number % 5 ? "artist" : "",
-            number % 3   ? "a b"
-            : number % 2 ? "\xc3\xa4"
-                         : "ab",
+            kAlbums[number % 3],
             std::to_string(number % 7),
             number % 4 << 30,
             number % 2 ? 320000U : 96000U,
@@ -54,7 +53,6 @@ struct AudioKit {
                                const AudioFacts& other) {
     CRef<ItemBase> now = Describe<ItemBase>(file, other.path);
     EXPECT_TRUE(table.Rename(file.path, other.path));
-    if (other.durationMs == 0) return now;
     now->artist = other.artist;
     now->album = other.album;
     now->title = other.title;
@@ -121,38 +119,20 @@ class CWalk {
   ~CWalk() { m_model.m_journal = nullptr; }
 
   void Run() {
-    for (int step = 0; step < 600 && !testing::Test::HasFatalFailure(); ++step) {
-      const uint32_t act = Pick(100);
-      if (act < 25)
-        Arrive(1 + Pick(5) * Pick(5));
-      else if (act < 30)
-        Arrive(32 + Pick(10));  // merged in one pass
-      else if (act < 31)
-        Arrive(300);
-      else if (act < 42)
-        Sort();
-      else if (act < 45)
-        ChangeMode();
-      else if (act < 60)
-        Toggle();
-      else if (act < 66)
-        Mark();
-      else if (act < 67)
-        ActOnMarked();
-      else if (act < 75)
-        Ignore();
-      else if (act < 83)
-        Act();
-      else if (act < 90)
-        Swap();
-      else if (act < 94)
-        Change();
-      else
-        Load();
-      if (testing::Test::HasFatalFailure()) break;
-      m_oracle.Check(m_model);
-      if (testing::Test::HasFatalFailure()) ADD_FAILURE() << "step " << step << " act " << act;
-      if (step % 45 == 44) CheckReload();
+    // How often each comes, out of 100.
+    static constexpr std::pair<uint32_t, void (CWalk::*)()> kActs[] = {
+        {31, &CWalk::Arrive}, {11, &CWalk::Sort},  {3, &CWalk::ChangeMode}, {15, &CWalk::Toggle},
+        {6, &CWalk::Mark},    {8, &CWalk::Ignore}, {9, &CWalk::Act},        {7, &CWalk::Swap},
+        {4, &CWalk::Change},  {6, &CWalk::Load}};
+    for (int step = 0; step < 600; ++step) {
+      size_t act = 0;
+      for (uint32_t chance = Pick(100); chance >= kActs[act].first; ++act)
+        chance -= kActs[act].first;
+      SCOPED_TRACE(testing::Message() << "step " << step << " act " << act);
+      (this->*kActs[act].second)();
+      if (!testing::Test::HasFatalFailure()) m_oracle.Check(m_model);
+      if (step % 45 == 44 && !testing::Test::HasFatalFailure()) CheckReload();
+      if (testing::Test::HasFatalFailure()) return;
       if (step % 100 == 99) {  // so that a dense graph starts over
         m_model.Clear();
         m_oracle.items.clear();
@@ -178,12 +158,14 @@ class CWalk {
     const auto facts = AnyFacts();
     return Describe<Base>(facts, facts.path);
   }
-  void Arrive(uint32_t count) {
+  void Arrive() {
     static constexpr float kSome[] = {-1, 0, 0.5f, 0.75f, 0.9f, 1, 1.5f};
+    // A few of them, many that are merged in one pass, or very many.
+    const uint32_t kind = Pick(31);
+    const uint32_t count = kind < 25 ? 1 + Pick(5) * Pick(5) : kind < 30 ? 32 + Pick(10) : 300;
     bool good = true;
     for (uint32_t i = 0; i < count; ++i) {
-      CRef<const Base> a = AnyFile();
-      CRef<const Base> b = AnyFile();
+      const CRef<const Base> a = AnyFile(), b = AnyFile();
       const bool known = m_oracle.pairs.contains({a->path, b->path}) || a->path == b->path;
       if (known && Pick(50)) continue;
       Scores scores;
@@ -231,17 +213,13 @@ class CWalk {
   void Toggle() {
     const int32_t number = SomeRows().back();
     const ViewData* row = Row(number);
-    if (row && !row->pair && !m_oracle.flat) {
-      bool& expanded = m_oracle.items.at(row->item->base->path).expanded;
-      expanded = !expanded;
-    }
+    if (row && !row->pair && !m_oracle.flat)
+      m_oracle.items.at(row->item->base->path).expanded ^= true;
     m_model.ToggleGroup(number);
   }
   void Mark() {
     const Rows rows = SomeRows();
-    for (const std::string& path : FilesOf(rows)) {
-      m_oracle.items.at(path).marked = !m_oracle.items.at(path).marked;
-    }
+    for (const std::string& path : FilesOf(rows)) m_oracle.items.at(path).marked ^= true;
     m_model.MarkRows(rows);
   }
   void Ignore() {
@@ -251,11 +229,8 @@ class CWalk {
       const ViewData* row = Row(number);
       if (!row) continue;
       const std::string path = row->item->base->path;
-      if (row->pair) {
-        gone.emplace_back(path, row->pair->second->base->path);
-      } else {
-        for (const std::string& partner : m_oracle.Partners(path)) gone.emplace_back(path, partner);
-      }
+      for (const std::string& partner : m_oracle.Partners(path))
+        if (!row->pair || row->File()->base->path == partner) gone.emplace_back(path, partner);
     }
     m_model.IgnoreRows(rows);
     for (const auto& [a, b] : gone) {
@@ -265,29 +240,20 @@ class CWalk {
   }
   void Act() {
     const Rows rows = SomeRows();
-    const std::vector<std::string> wanted = FilesOf(rows);
-    const bool follow = Pick(2);
+    const bool marked = Pick(9) == 0, follow = Pick(2);
+    std::vector<std::string> wanted;
+    if (!marked) wanted = FilesOf(rows);
+    for (const typename Oracle::Row& row : m_oracle.Table(m_model))
+      if (marked && row.partner.empty() && m_oracle.items.at(row.item).marked)
+        wanted.push_back(row.item);
     const auto act = [&](std::vector<std::string>* paths) {
       EXPECT_EQ(*paths, wanted);
       return follow;
     };
-    ASSERT_EQ(m_model.ActOnRows(rows, act), follow && !wanted.empty());
-    for (const std::string& path : wanted) {
+    ASSERT_EQ(marked ? m_model.ActOnMarked(act) : m_model.ActOnRows(rows, act),
+              follow && !wanted.empty());
+    for (const std::string& path : wanted)
       if (follow) m_oracle.RemoveItem(path);
-    }
-  }
-  void ActOnMarked() {
-    std::vector<std::string> marked;
-    for (const typename Oracle::Row& row : m_oracle.Table(m_model)) {
-      if (row.partner.empty() && m_oracle.items.at(row.item).marked) marked.push_back(row.item);
-    }
-    std::vector<std::string> given;
-    m_model.ActOnMarked([&](std::vector<std::string>* paths) {
-      given = *paths;
-      return true;
-    });
-    ASSERT_EQ(given, marked);
-    for (const std::string& path : marked) m_oracle.RemoveItem(path);
   }
   static std::string Extension(const std::string& path) {
     const size_t point = path.find('.', path.rfind('/'));
@@ -297,7 +263,7 @@ class CWalk {
   }
   void Swap() {
     Rows rows = SomeRows();
-    if (Pick(8) == 0) std::swap(rows[0], rows.back());
+    if (Pick(8) == 0) std::swap(rows[0], rows[rows.size() - 1 - Pick(2)]);
     rows.erase(rows.begin(), rows.end() - std::min<ptrdiff_t>(std::ssize(rows), 2));
     if (Pick(8) == 0) rows.push_back(-1);
     if (Pick(8) == 0) rows.erase(rows.begin());
@@ -324,16 +290,14 @@ class CWalk {
   void Load() {
     Scores scores;
     scores.fill(0.5f);
-    const CRef<const Base> a = AnyFile();
-    const CRef<const Base> b = AnyFile();
+    const CRef<const Base> a = AnyFile(), b = AnyFile();
     const bool known = m_oracle.pairs.contains({a->path, b->path});
     if (Pick(2)) {
       ASSERT_EQ(m_model.BulkRemovePair(a->path, b->path), known);
       m_oracle.RemovePair(a->path, b->path);
-    } else if (m_oracle.items.contains(a->path) && m_oracle.items.contains(b->path)) {
-      ASSERT_EQ(m_model.BulkAddPair(a->path, b->path, scores), m_oracle.Add(a, b, scores));
     } else {
-      ASSERT_FALSE(m_model.BulkAddPair(a->path, b->path, scores));
+      const bool there = m_oracle.items.contains(a->path) && m_oracle.items.contains(b->path);
+      ASSERT_EQ(m_model.BulkAddPair(a->path, b->path, scores), there && m_oracle.Add(a, b, scores));
     }
     m_model.Rebuild();
   }

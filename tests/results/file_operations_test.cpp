@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <set>
 
-#include "core/configuration.h"
-#include "core/log.h"
-#include "support/temp_folder.h"
+#include "results/result_tables.h"
+#include "support/process_log.h"
 
 namespace quill {
 namespace {
@@ -91,30 +91,10 @@ class CFakePerson : public CFileQuestions {
 
 class FileOperations : public testing::Test {
  protected:
-  FileOperations() {
-    CLog::Instance().SetFolder(m_logs.Path());
-    CConfiguration::Instance().SetStore(&m_settings);
-  }
-  ~FileOperations() override {
-    CConfiguration::Instance().SetStore(nullptr);
-    CLog::Instance().SetFolder({});
-  }
-
-  // The lines since the test's start, without their times.
-  Strings LogLines() {
-    CLog::Instance().SetFolder(m_logs.Path());  // closes the file
-    Strings lines;
-    for (const auto& entry : std::filesystem::directory_iterator(m_logs.Path())) {
-      const std::string text = test::ReadAll(entry.path());
-      for (size_t at = 0; at < text.size(); at = text.find("\r\n", at) + 2)
-        lines.push_back(text.substr(at + 20, text.find("\r\n", at) - at - 20));
-    }
-    return lines;
-  }
   void NoQuestion() { CConfiguration::Instance().SetBool("enableDeletionConfirmation", false); }
 
-  test::CTempFolder m_logs;
-  CMemorySettingsStore m_settings;
+  const test::CProcessLog m_log;
+  const test::COwnSettings m_settings;
   CFakeDisk m_disk;
   CFakePerson m_person;
   CFileOperations m_operations{m_disk, m_person};
@@ -129,7 +109,7 @@ TEST_F(FileOperations, TrashAsksUnlessTheSettingsSayNo) {
   EXPECT_EQ(m_person.asked, (Strings{"Move to trash|Move to trash 1 file(s)?",
                                      "Move to trash|Move to trash 2 file(s)?"}));
   EXPECT_TRUE(m_disk.calls.empty());
-  EXPECT_TRUE(LogLines().empty());
+  EXPECT_TRUE(m_log.Lines().empty());
   NoQuestion();
   EXPECT_TRUE(m_operations.Delete(&both));
   EXPECT_EQ(m_person.asked.size(), 2U);
@@ -149,7 +129,7 @@ TEST_F(FileOperations, FilesThatCannotBeTrashedCountAndAreNamed) {
                                    "trash /stuck", "clear /stuck", "trash /stuck",     //
                                    "trash /owned", "clear /owned"}));
   EXPECT_EQ(m_disk.immutable, Names{"/owned"}) << "a cleared flag stays cleared";
-  EXPECT_EQ(LogLines(),
+  EXPECT_EQ(m_log.Lines(),
             (Strings{"Deleted file \"/free\"", "Deleted file \"/locked\"", "Deleted file \"/gone\"",
                      "Deleted file \"/stuck\"", "Deleted file \"/owned\""}));
   ASSERT_EQ(m_person.failures.size(), 3U);
@@ -216,7 +196,7 @@ TEST_F(FileOperations, MovesThatFailWriteNoLineButCount) {
       m_disk.files,
       (Files{{"/x/a", "A"}, {"/to/a", "other"}, {"/to/b", "B"}, {"/x/c", "C"}, {"/x/d", "D"}}));
   EXPECT_EQ(m_disk.immutable, Names{"/x/c"}) << "a cleared flag stays cleared";
-  EXPECT_EQ(LogLines(), Strings{"Moved file \"/x/b\" to \"/to/b\""});
+  EXPECT_EQ(m_log.Lines(), Strings{"Moved file \"/x/b\" to \"/to/b\""});
   ASSERT_EQ(m_person.failures.size(), 4U);
   EXPECT_EQ(m_person.failures[0],
             "/x/a: Not moved to \"/to\". The name \"a\" is taken there. Rename one of the two "
@@ -232,7 +212,7 @@ TEST_F(FileOperations, SwapTakesTheNextNameWhenOneIsRefused) {
             (Strings{"rename /x/a /x/a.tmp", "rename /x/a /x/a.1.tmp", "rename /x/a /x/a.2.tmp",
                      "rename /y/b /x/a", "rename /x/a.2.tmp /y/b"}));
   EXPECT_EQ(m_disk.files, (Files{{"/x/a", "B"}, {"/y/b", "A"}, {"/x/a.tmp", "user's"}}));
-  EXPECT_EQ(LogLines(), Strings{"Swapped files \"/x/a\" and \"/y/b\""});
+  EXPECT_EQ(m_log.Lines(), Strings{"Swapped files \"/x/a\" and \"/y/b\""});
   EXPECT_EQ(m_person.finished, 0);
 }
 
@@ -241,54 +221,46 @@ TEST_F(FileOperations, SwapTakesTheNextNameWhenOneIsRefused) {
 TEST_F(FileOperations, SwapThatFailsPutsTheNamesBack) {
   const Files before = {{"/a", "A"}, {"/b", "B"}};
   const std::string left = " It is now called \"/a.tmp\"";
+  const Strings steps[] = {
+      {"rename /a /a.tmp"},
+      {"rename /a /a.tmp", "rename /b /a", "rename /a.tmp /a"},
+      {"rename /a /a.tmp", "rename /b /a", "rename /a.tmp /b", "rename /a /b", "rename /a.tmp /a"},
+  };
   const struct {
-    std::map<std::string, int> errors;
-    Strings calls, log;
+    Strings failing;
+    int error;
+    size_t step;  // from 1
     Files files;
     std::string told;  // behind what went wrong
   } cases[] = {
-      {{{"rename /a /a.tmp", EPERM}},
-       {"rename /a /a.tmp"},
-       {"System error [1]: Operation not permitted", "move(1) failed"},
-       before,
-       ""},
-      {{{"rename /b /a", EXDEV}},
-       {"rename /a /a.tmp", "rename /b /a", "rename /a.tmp /a"},
-       {"System error [18]: Invalid cross-device link", "move(2) failed"},
-       before,
-       ""},
-      {{{"rename /b /a", EIO}, {"rename /a.tmp /a", EIO}},
-       {"rename /a /a.tmp", "rename /b /a", "rename /a.tmp /a"},
-       {"System error [5]: Input/output error", "move(2) failed"},
-       {{"/a.tmp", "A"}, {"/b", "B"}},
-       left},
-      {{{"rename /a.tmp /b", EIO}},
-       {"rename /a /a.tmp", "rename /b /a", "rename /a.tmp /b", "rename /a /b", "rename /a.tmp /a"},
-       {"System error [5]: Input/output error", "move(3) failed"},
-       before,
-       ""},
-      {{{"rename /a.tmp /b", EIO}, {"rename /a /b", EIO}},
-       {"rename /a /a.tmp", "rename /b /a", "rename /a.tmp /b", "rename /a /b", "rename /a.tmp /a"},
-       {"System error [5]: Input/output error", "move(3) failed"},
+      {{"rename /a /a.tmp"}, EPERM, 1, before, ""},
+      {{"rename /b /a"}, EXDEV, 2, before, ""},
+      {{"rename /b /a", "rename /a.tmp /a"}, EIO, 2, {{"/a.tmp", "A"}, {"/b", "B"}}, left},
+      {{"rename /a.tmp /b"}, EIO, 3, before, ""},
+      {{"rename /a.tmp /b", "rename /a /b"},
+       EIO,
+       3,
        {{"/a", "B"}, {"/a.tmp", "A"}},
        left + ": give it its name back by hand. \"/b\" is now called \"/a\""},
   };
-  size_t logged = 0;
-  for (const auto& [errors, calls, log, files, told] : cases) {
-    SCOPED_TRACE(testing::PrintToString(errors));
+  for (size_t logged = 0; const auto& [failing, error, step, files, told] : cases) {
+    SCOPED_TRACE(testing::PrintToString(failing));
     m_disk.files = before;
     m_disk.calls.clear();
-    m_disk.errors = errors;
+    m_disk.errors.clear();
+    for (const std::string& call : failing) m_disk.errors[call] = error;
     EXPECT_FALSE(m_operations.SwapCallback("/a", "/b"));
-    EXPECT_EQ(m_disk.calls, calls);
+    EXPECT_EQ(m_disk.calls, steps[step - 1]);
     EXPECT_EQ(m_disk.files, files);
-    Strings lines = LogLines();
-    lines.erase(lines.begin(),
-                lines.begin() + static_cast<ptrdiff_t>(std::exchange(logged, lines.size())));
-    ASSERT_EQ(lines.size(), 4U);
-    EXPECT_EQ(Strings(lines.begin(), lines.begin() + 2), log);
-    EXPECT_EQ(lines[2], log[0]) << "the report tells the same error, not a later one";
-    EXPECT_TRUE(lines[3].starts_with("SwapCallback:") && lines[3].ends_with(" failed [false]"));
+    const Strings log = m_log.Lines();
+    ASSERT_EQ(log.size(), logged + 4);
+    const std::string hint =
+        "System error [" + std::to_string(error) + "]: " + std::strerror(error);
+    EXPECT_EQ(log[logged], hint);
+    EXPECT_EQ(log[logged + 1], "move(" + std::to_string(step) + ") failed");
+    EXPECT_EQ(log[logged + 2], hint) << "the report tells the same error, not a later one";
+    EXPECT_TRUE(log[logged + 3].starts_with("SwapCallback:")) << log[logged + 3];
+    logged += 4;
     ASSERT_EQ(m_person.failures.size(), 1U);
     const std::string& failure = m_person.failures[0];
     EXPECT_TRUE(failure.starts_with("/a: ")) << failure;
@@ -306,7 +278,9 @@ TEST_F(FileOperations, SwapWithEveryNameRefusedFailsOnTheNextStep) {
   ASSERT_EQ(m_disk.calls.size(), 1002U);
   EXPECT_EQ(m_disk.calls[1000], "rename /b /a");
   EXPECT_EQ(m_disk.calls[1001], "rename /a.999.tmp /a");
-  EXPECT_EQ(LogLines().at(1), "move(2) failed");
+  EXPECT_EQ(m_log.Lines().at(1), "move(2) failed");
+  EXPECT_NE(m_person.failures.at(0).find("\"a.999.tmp\" is taken"), std::string::npos)
+      << m_person.failures[0];
 }
 
 }  // namespace
