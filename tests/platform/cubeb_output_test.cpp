@@ -5,13 +5,18 @@
 #include "platform/cubeb_output.h"
 
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
-#include <QProcess>
 #include <chrono>
 #include <cmath>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <numeric>
 #include <random>
 #include <thread>
 
@@ -43,18 +48,38 @@ bool Soon(Done done) {
 
 // A program that ends with the object, and with this process however that ends; its output goes to
 // a file.
-class CProgram : public QProcess {
+class CProgram {
  public:
-  CProgram(const QStringList& words, const std::string& output) {
-    setStandardOutputFile(QString::fromStdString(output));
-    setStandardErrorFile(QString::fromStdString(output + ".errors"));
-    start("setpriv", QStringList{"--pdeathsig", "KILL"} + words);
+  CProgram(std::vector<std::string> words, const std::string& output) {
+    test::WriteAll(output, "");
+    std::fflush(stdout);
+    m_process = fork();
+    if (m_process != 0) return;
+    std::vector<char*> arguments;
+    for (std::string& word : words) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && std::freopen(output.c_str(), "w", stdout) &&
+        std::freopen((output + ".errors").c_str(), "w", stderr))
+      execvp(arguments[0], arguments.data());
+    _exit(127);
   }
-  ~CProgram() override {
-    terminate();
-    waitForFinished();
+  ~CProgram() { End(SIGTERM); }
+  CProgram(const CProgram&) = delete;
+  CProgram& operator=(const CProgram&) = delete;
+
+  void End(int signal) {
+    if (m_process <= 0) return;
+    kill(m_process, signal);
+    waitpid(m_process, nullptr, 0);
+    m_process = -1;
   }
-  [[nodiscard]] bool IsRunning() { return !waitForFinished(0) && state() != NotRunning; }
+  [[nodiscard]] bool IsRunning() {
+    if (m_process > 0 && waitpid(m_process, nullptr, WNOHANG) != 0) m_process = -1;
+    return m_process > 0;
+  }
+
+ private:
+  pid_t m_process = -1;
 };
 
 // Where the pieces of the file, `kPiece` samples each, were found in what was recorded.
@@ -84,26 +109,15 @@ struct Heard {
   }
 };
 
-double Likeness(const float* a, const float* b, size_t count) {
-  double ab = 0, aa = 1e-9, bb = 1e-9;
-  for (size_t i = 0; i < count; ++i) {
-    ab += static_cast<double>(a[i]) * b[i];
-    aa += static_cast<double>(a[i]) * a[i];
-    bb += static_cast<double>(b[i]) * b[i];
-  }
-  return ab / std::sqrt(aa * bb);
-}
-
-double Energy(const std::vector<float>& samples, size_t from = 0) {
-  double all = 0;
-  for (size_t i = from; i < samples.size(); ++i)
-    all += static_cast<double>(samples[i]) * samples[i];
-  return all;
+double Product(const float* a, const float* b, size_t count) {
+  return std::inner_product(a, a + count, b, 1e-9);
 }
 
 // The energy of what was recorded as a share of that of the file from `begin` seconds on.
 double Amount(const std::vector<float>& file, double begin, const std::vector<float>& recorded) {
-  return Energy(recorded) / Energy(file, static_cast<size_t>(begin * kRate));
+  const auto skipped = static_cast<size_t>(begin * kRate);
+  return Product(recorded.data(), recorded.data(), recorded.size()) /
+         Product(&file[skipped], &file[skipped], file.size() - skipped);
 }
 
 // Each piece is looked for behind the one before: what came too early, or twice, is not found.
@@ -114,8 +128,12 @@ Heard Listen(const std::vector<float>& file, const std::vector<float>& recorded)
   for (size_t begin = 0; begin + Heard::kPiece <= file.size(); begin += Heard::kPiece) {
     int64_t place = -1;
     double most = kAlike;
+    const float* const piece = &file[begin];
+    const double energy = Product(piece, piece, Heard::kPiece);
     for (size_t i = next; i + Heard::kPiece <= recorded.size(); ++i) {
-      const double likeness = Likeness(&file[begin], &recorded[i], Heard::kPiece);
+      const float* const there = &recorded[i];
+      const double likeness = Product(piece, there, Heard::kPiece) /
+                              std::sqrt(energy * Product(there, there, Heard::kPiece));
       if (likeness > most) {
         most = likeness;
         place = static_cast<int64_t>(i);
@@ -129,83 +147,6 @@ Heard Listen(const std::vector<float>& file, const std::vector<float>& recorded)
   }
   return heard;
 }
-
-class SoundServerTest : public testing::Test {
- protected:
-  void SetUp() override {
-    CConfiguration::Instance().SetStore(&m_store);
-    CLog::Instance().SetFolder(m_folder / "log");
-    CDecoderTable::Instance().Reload();
-    const std::string socket = m_folder / "server";
-    for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"})
-      setenv(name, m_folder.Path().c_str(), 1);
-    setenv("PULSE_SERVER", ("unix:" + socket).c_str(), 1);
-    m_server = std::make_unique<CProgram>(
-        QStringList{"pulseaudio", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
-                    "-n", "-L", "module-null-sink sink_name=null rate=44100 channels=2 norewinds=1",
-                    "-L",
-                    QString::fromStdString("module-native-protocol-unix auth-anonymous=1 socket=" +
-                                           socket)},
-        m_folder / "server.log");
-    ASSERT_TRUE(Soon([&] { return std::filesystem::exists(socket) || !m_server->IsRunning(); }) &&
-                m_server->IsRunning())
-        << test::ReadAll(m_folder / "server.log.errors");
-    m_recorder = std::make_unique<CProgram>(
-        QStringList{"parec", "--device=null.monitor", "--raw", "--format=s16le", "--channels=1",
-                    "--rate=" + QString::number(kRate), "--latency-msec=20"},
-        m_folder / "recorded");
-    ASSERT_TRUE(Soon([&] { return Recorded() > 0 || !m_recorder->IsRunning(); }) &&
-                m_recorder->IsRunning())
-        << test::ReadAll(m_folder / "recorded.errors");
-  }
-  void TearDown() override {
-    m_player.reset();
-    m_recorder.reset();
-    m_server.reset();
-    CConfiguration::Instance().SetStore(nullptr);
-    CLog::Instance().SetFolder({});
-  }
-
-  [[nodiscard]] size_t Recorded() const {
-    return std::filesystem::file_size(m_folder / "recorded") / 2;
-  }
-  [[nodiscard]] bool RecordMore(double seconds) const {
-    const size_t enough = Recorded() + static_cast<size_t>(seconds * kRate);
-    return Soon([&] { return Recorded() >= enough; });
-  }
-  void Open(const std::string& path) {
-    m_player = std::make_unique<CAudioPlayer>(m_output);
-    m_player->OpenFile(path);
-    ASSERT_TRUE(Reaches(CAudioPlayer::kPlaying));
-  }
-  void Pause(double seconds) {
-    m_player->PausePlaying();
-    ASSERT_TRUE(Reaches(CAudioPlayer::kPaused));
-    ASSERT_TRUE(RecordMore(seconds));
-  }
-  [[nodiscard]] bool Reaches(uint32_t state) const {
-    return Soon([&] { return m_player->GetState() == state; });
-  }
-  // To the end of the file, and what the server still holds; what was recorded behind `begin`.
-  [[nodiscard]] std::vector<float> PlayToEnd(size_t begin) {
-    EXPECT_TRUE(Reaches(CAudioPlayer::kFinished));
-    EXPECT_TRUE(RecordMore(0.5));
-    const std::string bytes = test::ReadAll(m_folder / "recorded");
-    std::vector<float> samples;
-    for (size_t i = begin * 2; i + 1 < bytes.size(); i += 2) {
-      int16_t sample;
-      std::memcpy(&sample, &bytes[i], 2);
-      samples.push_back(static_cast<float>(sample) / 32768);
-    }
-    return samples;
-  }
-
-  const test::CTempFolder m_folder;
-  CMemorySettingsStore m_store;
-  std::unique_ptr<CProgram> m_server, m_recorder;
-  CCubebOutput m_output;
-  std::unique_ptr<CAudioPlayer> m_player;
-};
 
 // One channel of what is played, at the recorder's rate: noise, which is like itself at one place
 // only, and low, so that the fractions of a sample by which a change of rate moves it do not
@@ -226,13 +167,87 @@ std::vector<float> MakeFile(const std::string& path, uint32_t channels) {
   return samples;
 }
 
+class SoundServerTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    CConfiguration::Instance().SetStore(&m_store);
+    CLog::Instance().SetFolder(m_folder / "log");
+    CDecoderTable::Instance().Reload();
+    const std::string socket = m_folder / "server";
+    for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"})
+      setenv(name, m_folder.Path().c_str(), 1);
+    setenv("PULSE_SERVER", ("unix:" + socket).c_str(), 1);
+    m_server = std::make_unique<CProgram>(
+        std::vector<std::string>{
+            "pulseaudio", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "-n", "-L",
+            "module-null-sink sink_name=null rate=44100 channels=2 norewinds=1", "-L",
+            "module-native-protocol-unix auth-anonymous=1 socket=" + socket},
+        m_folder / "server.log");
+    ASSERT_TRUE(Soon([&] { return std::filesystem::exists(socket) || !m_server->IsRunning(); }) &&
+                m_server->IsRunning())
+        << test::ReadAll(m_folder / "server.log.errors");
+    m_recorder = std::make_unique<CProgram>(
+        std::vector<std::string>{"parec", "--device=null.monitor", "--raw", "--format=s16le",
+                                 "--channels=1", "--rate=" + std::to_string(kRate),
+                                 "--latency-msec=20"},
+        m_folder / "recorded");
+    ASSERT_TRUE(Soon([&] { return Recorded() > 0 || !m_recorder->IsRunning(); }) &&
+                m_recorder->IsRunning())
+        << test::ReadAll(m_folder / "recorded.errors");
+  }
+  void TearDown() override {
+    m_player.reset();
+    m_recorder.reset();
+    m_server.reset();
+    CConfiguration::Instance().SetStore(nullptr);
+    CLog::Instance().SetFolder({});
+  }
+
+  [[nodiscard]] size_t Recorded() const {
+    return std::filesystem::file_size(m_folder / "recorded") / 2;
+  }
+  [[nodiscard]] bool RecordMore(double seconds) const {
+    const size_t enough = Recorded() + static_cast<size_t>(seconds * kRate);
+    return Soon([&] { return Recorded() >= enough; });
+  }
+  // Plays a new file, of which one channel is given.
+  std::vector<float> Open(uint32_t channels) {
+    m_player = std::make_unique<CAudioPlayer>(m_output);
+    const std::vector<float> file = MakeFile(m_path, channels);
+    m_player->OpenFile(m_path);
+    EXPECT_TRUE(Reaches(CAudioPlayer::kPlaying));
+    return file;
+  }
+  [[nodiscard]] bool Reaches(uint32_t state) const {
+    return Soon([&] { return m_player->GetState() == state; });
+  }
+  // To the end of the file, and what the server still holds; what was recorded behind `begin`.
+  [[nodiscard]] std::vector<float> PlayToEnd(size_t begin) {
+    EXPECT_TRUE(Reaches(CAudioPlayer::kFinished));
+    EXPECT_TRUE(RecordMore(0.5));
+    const std::string bytes = test::ReadAll(m_folder / "recorded");
+    std::vector<float> samples;
+    for (size_t i = begin * 2; i + 1 < bytes.size(); i += 2) {
+      int16_t sample;
+      std::memcpy(&sample, &bytes[i], 2);
+      samples.push_back(static_cast<float>(sample) / 32768);
+    }
+    return samples;
+  }
+
+  const test::CTempFolder m_folder;
+  const std::string m_path = m_folder / "music.wav";
+  CMemorySettingsStore m_store;
+  std::unique_ptr<CProgram> m_server, m_recorder;
+  CCubebOutput m_output;
+  std::unique_ptr<CAudioPlayer> m_player;
+};
+
 TEST_F(SoundServerTest, WhatIsHeardIsTheFile) {
-  const std::string path = m_folder / "music.wav";
   // 16-bit stereo, and float for what has one channel.
   for (const uint32_t channels : {2U, 1U}) {
-    const std::vector<float> file = MakeFile(path, channels);
     const size_t before = Recorded();
-    Open(path);
+    const std::vector<float> file = Open(channels);
     const std::vector<float> recorded = PlayToEnd(before);
     EXPECT_GT(Listen(file, recorded).Share(0, kSeconds), kMost) << channels << " channels";
     EXPECT_NEAR(Amount(file, 0, recorded), 1, kSameAmount) << channels << " channels";
@@ -240,11 +255,11 @@ TEST_F(SoundServerTest, WhatIsHeardIsTheFile) {
 }
 
 TEST_F(SoundServerTest, APauseIsSilenceAndLosesNothing) {
-  const std::string path = m_folder / "music.wav";
-  const std::vector<float> file = MakeFile(path, 2);
-  Open(path);
+  const std::vector<float> file = Open(2);
   ASSERT_TRUE(Soon([&] { return m_player->Position() > 800; }));
-  Pause(1.5);
+  m_player->PausePlaying();
+  ASSERT_TRUE(Reaches(CAudioPlayer::kPaused));
+  ASSERT_TRUE(RecordMore(1.5));
   m_player->StartPlaying();
   const std::vector<float> recorded = PlayToEnd(0);
   const Heard heard = Listen(file, recorded);
@@ -254,10 +269,10 @@ TEST_F(SoundServerTest, APauseIsSilenceAndLosesNothing) {
 }
 
 TEST_F(SoundServerTest, ASeekGoesOnAtItsPlace) {
-  const std::string path = m_folder / "music.wav";
-  const std::vector<float> file = MakeFile(path, 2);
-  Open(path);
-  Pause(0.5);
+  const std::vector<float> file = Open(2);
+  m_player->PausePlaying();
+  ASSERT_TRUE(Reaches(CAudioPlayer::kPaused));
+  ASSERT_TRUE(RecordMore(0.5));
   const size_t before = Recorded();
   m_player->SeekTo(1500);
   const std::vector<float> recorded = PlayToEnd(before);
@@ -268,13 +283,11 @@ TEST_F(SoundServerTest, ASeekGoesOnAtItsPlace) {
 }
 
 TEST_F(SoundServerTest, AServerThatGoesAwayEndsPlaying) {
-  const std::string path = m_folder / "music.wav";
-  (void)MakeFile(path, 2);
-  Open(path);
-  m_server->kill();
+  (void)Open(2);
+  m_server->End(SIGKILL);
   EXPECT_TRUE(Reaches(CAudioPlayer::kFailed));
   // And with none the file is not even opened.
-  m_player->OpenFile(path);
+  m_player->OpenFile(m_path);
   EXPECT_TRUE(Reaches(CAudioPlayer::kCannotOpen));
 }
 
