@@ -314,5 +314,19 @@ TEST(ChannelAnalyser, SpectraTellTheLevelOfEachBand) {
   EXPECT_EQ(Analysed(Samples(4095, 0.5F), kRate).average[0], 0);
 }
 
+TEST(ChannelAnalyser, HighestFrequencyIsWhereTheSoundIsCutOff) {
+  // The fall is found when it has left 20 bins behind it, and this filter has a slope of its own.
+  for (const double cutHz : {8000.0, 16000.0, 19000.0}) {
+    const double found = double(Analysed(LowNoise(cutHz, 44100), 44100).MaxFreq());
+    EXPECT_GT(found, cutHz);
+    EXPECT_LT(found, cutHz + 700);
+  }
+  EXPECT_NEAR(double(Analysed(LowNoise(5000, 22050), 22050).MaxFreq()), 5200, 150);
+  EXPECT_EQ(Analysed(Noise(3, 44100, 0.5), 44100).MaxFreq(), 22050U);
+  EXPECT_EQ(Analysed(Noise(3, 22050, 0.5), 22050).MaxFreq(), 11025U);
+  EXPECT_EQ(Analysed(Samples(50000), 44100).MaxFreq(), 22050U);
+  EXPECT_EQ(Analysed(Noise(0.09, 44100, 0.5), 44100).MaxFreq(), 22050U);  // no whole frame
+}
+
 }  // namespace
 }  // namespace quill

@@ -221,5 +221,43 @@ TEST(ScoreCorrelogram, OppositesScoreNothing) {
   EXPECT_EQ(ScoreCorrelogram(*a, *empty), 0.0f);
 }
 
+// Bands that peak at different offsets have high peaks of their own and a low common curve.
+TEST(ScoreBarks, BandsThatDisagreeOnTheOffsetArePunished) {
+  Random random(3);
+  BarkPrint a, b;
+  a.length = b.length = kBarkLongest;
+  for (int32_t band = 0; band < kBarkBands; ++band)
+    std::generate_n(a.Band(band), a.length, [&] { return static_cast<uint8_t>(random()); });
+  for (int32_t band = 0; band < kBarkBands; ++band)
+    for (int32_t i = 0; i < b.length; ++i)
+      b.Band(band)[i] = a.Band(band)[(i + 10 * band) % a.length];
+  const auto dataA = std::make_unique<BarkData>(), dataB = std::make_unique<BarkData>();
+  ASSERT_TRUE(Precalculate(a, dataA.get()));
+  ASSERT_TRUE(Precalculate(b, dataB.get()));
+  SweepResult sweep;
+  ASSERT_TRUE(SweepBarks(*dataA, *dataB, &sweep));
+  EXPECT_NEAR(sweep.peakMean, 1.0f, 1e-6);
+  EXPECT_LT(sweep.curvePeak, 0.3f);
+  EXPECT_LT(ScoreBarks(*dataA, *dataB), 0.1f);
+}
+
+TEST(ScoreBarks, TheSameSoundScoresOneAndAPieceOfItPeaks) {
+  Random random(2);
+  BarkPrint whole, copy, piece;
+  whole.length = copy.length = kBarkLongest;
+  piece.length = 315;
+  FillPair(random, &whole, &copy);
+  EXPECT_NEAR(Score(whole, whole), 1.0f, 1e-6);
+  for (int32_t band = 0; band < kBarkBands; ++band)
+    std::copy_n(whole.Band(band) + 200, piece.length, piece.Band(band));
+  const auto a = std::make_unique<BarkData>(), b = std::make_unique<BarkData>();
+  ASSERT_TRUE(Precalculate(whole, a.get()));
+  ASSERT_TRUE(Precalculate(piece, b.get()));
+  SweepResult sweep;
+  ASSERT_TRUE(SweepBarks(*a, *b, &sweep));
+  EXPECT_NEAR(sweep.peakMean, 1.0f, 1e-6);
+  EXPECT_NEAR(sweep.curvePeak, 1.0f, 1e-6);
+}
+
 }  // namespace
 }  // namespace quill

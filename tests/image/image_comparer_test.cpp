@@ -323,5 +323,33 @@ TEST_F(ImageFiles, SignaturesOfAnotherLengthAreMadeAnew) {
   EXPECT_TRUE(Find(path).experimental->IsWhole());
 }
 
+// Every worker files its pictures and walks the earlier ones after each, as in a scan.
+TEST_F(ImageWalk, EachPairIsSeenOnceByManyThreads) {
+  constexpr int kThreads = 4;
+  constexpr int kFiles = 40;  // a thread
+  const test::Picture picture = test::Photograph(1, 64, 64);
+  std::atomic<int> failures{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&, t] {
+      CEngine engine(m_shared, m_table, "/no decoder");
+      for (int i = 0; i < kFiles; ++i) {
+        const std::string path = "/" + std::to_string(t) + "/" + std::to_string(i);
+        if (m_shared.m_store.File(path, test::Entry(path, picture), 0, false) !=
+                CImageStore::Filed::kYes ||
+            !engine.m_comparer.CompareFile(path))
+          ++failures;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(failures, 0);
+  std::set<std::set<std::string>> seen;
+  for (const Pair& pair : Pairs()) seen.insert({pair.first, pair.second});
+  constexpr size_t kAll = kThreads * kFiles;
+  EXPECT_EQ(Pairs().size(), kAll * (kAll - 1) / 2);
+  EXPECT_EQ(seen.size(), Pairs().size());
+}
+
 }  // namespace
 }  // namespace quill

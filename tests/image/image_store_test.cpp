@@ -200,5 +200,20 @@ TEST(ImageTypeText, LeavesOutWhatHasNoName) {
   EXPECT_EQ(ImageTypeText(255, 0), "-");
 }
 
+TEST_F(ImageStore, RecordOfAChangedFileDropsTheOlderParts) {
+  Load("/x", m_full);
+  auto info = MakeRef<ImageInfo>();
+  info->path = "/x";
+  info->size = 1;
+  ImageEntry changed;
+  changed.info = info;
+  changed.content = test::Entry("/x", test::Photograph(2)).content;
+  Load("/x", changed);
+  const ImageEntry entry = Find("/x");
+  EXPECT_EQ(entry.info->size, 1U);
+  EXPECT_EQ(entry.content->rows, changed.content->rows);
+  EXPECT_FALSE(entry.experimental);
+}
+
 }  // namespace
 }  // namespace quill

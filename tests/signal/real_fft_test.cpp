@@ -104,5 +104,27 @@ TEST(RealFFT, ThreadsShareAPlan) {
   for (const auto& spectrum : spectra) EXPECT_EQ(spectrum, spectra[0]);
 }
 
+TEST(RealFFT, KeepsTheEnergyOfTheWindowedSamples) {
+  constexpr size_t kSize = 4096;
+  std::mt19937 random(6);
+  std::normal_distribution<float> normal(0, 1);
+  std::vector<float> samples(kSize);
+  for (float& x : samples) x = normal(random);
+  CRealFFT fft;
+  ASSERT_TRUE(fft.Init(kSize));
+  ASSERT_TRUE(fft.Forward(samples.data(), kSize));
+  const float* magnitude = fft.Magnitude();
+  double inTime = 0, inFrequency = 0;
+  for (size_t i = 0; i < kSize; ++i) {
+    const double x =
+        samples[i] *
+        (0.5 - 0.5 * std::cos(2 * std::numbers::pi * static_cast<double>(i) / (kSize - 1)));
+    inTime += x * x;
+  }
+  for (size_t bin = 0; bin <= kSize / 2; ++bin)
+    inFrequency += (bin % (kSize / 2) ? 2.0 : 1.0) * magnitude[bin] * magnitude[bin];
+  EXPECT_NEAR(inFrequency / kSize, inTime, 1e-4 * inTime);
+}
+
 }  // namespace
 }  // namespace quill

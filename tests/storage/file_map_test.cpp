@@ -166,5 +166,21 @@ TEST(FileMap, AFullDiskIsAFailedMap) {
   EXPECT_EQ(result, 0);
 }
 
+TEST(FileMap, GrowsByWindowsAndIsCutBackAtClose) {
+  CTempFolder folder;
+  WriteAll(folder / "f", std::string(kWindow, 'x'));
+  CFileMap map;
+  ASSERT_TRUE(map.Open(folder / "f", false));
+  EXPECT_NE(map.Map(kWindow, 0), nullptr);
+  EXPECT_EQ(map.Size(), kWindow);
+  uint8_t* const byte = map.Map(kWindow, 1);
+  ASSERT_NE(byte, nullptr);
+  *byte = 'y';
+  EXPECT_EQ(std::filesystem::file_size(folder / "f"), 2 * kWindow);
+  map.Close();
+  EXPECT_EQ(ReadAll(folder / "f"), std::string(kWindow, 'x') + "y");
+  EXPECT_EQ(map.Size(), 0u);
+}
+
 }  // namespace
 }  // namespace quill

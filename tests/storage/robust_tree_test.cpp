@@ -240,5 +240,23 @@ TEST(RobustTree, SecondaryIndexJoinsOnlyAnEmptyTreeAndMayLeaveAFullOne) {
   EXPECT_EQ(FailingAllocator::s_live, 0);
 }
 
+TEST(RobustTree, SortedArrivalStaysBalancedBothWays) {
+  for (bool rising : {true, false}) {
+    Fixture f;
+    for (uint32_t i = 0; i < 500; ++i) {
+      const uint32_t up = rising ? i : 1000 - i;
+      Item* item = f.first.Add({{KeyOf(up), KeyOf(1000 - up), KeyOf(0)}, 0});
+      for (size_t index : {0, 1, 2}) f.Insert(item, index);
+    }
+    f.Check();
+    while (!f.expected[0].empty()) {
+      Item* item = f.expected[0].front();
+      f.first.Remove(item);
+      for (size_t index : {0, 1, 2}) f.Erase(item, index);
+      f.Check();
+    }
+  }
+}
+
 }  // namespace
 }  // namespace quill
