@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the analysis of a whole file adds to decoding it.
 //
 // 1. Process of four minutes of dense music as MP3 and FLAC (or of the files given as arguments),

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the benches of whole sound files share: dense sound to be decoded, and decoding it with
 // nothing behind.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Pairs a second of the precise score on every compute device of this machine, for some work group
 // sizes, against the processor's own code on one core; with the copies there and back, after the
 // first job, which some drivers use to compile. Best of several blocks of a thousand candidates.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a scan adds to the bare decoding of a file, and what a pair costs that is cut early.
 //
 // 1. PrepareFile of a three-minute MP3, from opening to filing, against the same decoder process

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The image engine behind the decoder: what a picture's signatures cost, what the store holds of
 // it, and what it costs to compare one new picture with 10000 stored ones, both scores, against
 // plain loops in float. Goals: 4 KiB a picture, an eighth of the plain loops' time.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What looking into a file costs.
 //
 // 1. The spectrogram of four minutes of dense music as MP3 and FLAC (or of the files given as

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Appending to a results file: time of one record, and how often it reaches the kernel. The plain
 // way beside it is one write per record.
 #include <fcntl.h>

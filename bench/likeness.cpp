@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The likeness of two keys against its cubic definition, best of interleaved rounds: unlike names,
 // and names that differ in one character, which is the worst case of the quick method.
 #include "audio/likeness.h"

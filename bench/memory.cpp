@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Memory that the duplicates store holds for each long file: prints of full length, texts of usual
 // length. The goal is below 24 KiB, so that 100000 files fit in 2.4 GB.
 #include <malloc.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a 12-megapixel JPEG costs from opening to filing, decoder process included, against libvips
 // alone decoding the same file to pixels in this process.
 #include <vips/vips.h>

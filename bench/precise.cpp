@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One precise pair of full length: the target's data are at hand, the candidate's are made, both
 // sweeps run. Measured against plain loops in float, best of interleaved rounds.
 #include "audio/precise.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a file that is no sound costs a worker whose decoder process is running: from taking the
 // path to having the refusal, file name and content as they lie about in music folders.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A duplicates table that grows to 100000 pairs by batches of 1000 while it is on screen, and is
 // sorted again by other columns then. The main thread must not be held up: the goals are 50 ms for
 // the longest batch and 500 ms for the longest sort. The plain way, for comparison in the same run,

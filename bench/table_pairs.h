@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the benchmarks of the tables fill them with: 50000 files with texts of usual length, and
 // 100000 pairs among them.
 #pragma once

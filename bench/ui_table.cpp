@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The table of duplicates on screen while 100000 pairs arrive in batches of 1000, and while it is
 // sorted by other columns: the time that the main thread is held up by one batch and by one sort,
 // with model, view and repaint. The goals are 50 ms and 500 ms. For comparison in the same run:

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Writes pictures of every tab and window, light and dark, to build/screenshots, and renews those of
 # them that the docs show: the real window over media that are made for it. Needs a build with tests.
 set -euo pipefail

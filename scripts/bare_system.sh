@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Tries a command as a new user would: makes a minimal Debian with the updates of its security suite,
 # clones the committed tree into it, runs the command there, and takes the system away again.
 #

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Debian packages of the project, and the one way to install what is missing of them. Sourced by
 # ./run and ./test.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Drives the command line as a user does: real programs, real files, real exit codes.
 
 Usage: cli_test.py FOLDER-OF-THE-PROGRAMS

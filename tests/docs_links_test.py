@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Follows every relative link and picture of README.md and docs/, and the way from the first help page
 to all others."""
 import pathlib

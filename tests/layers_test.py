@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Holds every #include in src/ to the table of layers of docs/ARCHITECTURE.md."""
 import pathlib
 import re

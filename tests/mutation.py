@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Tries how much the tests see: changes one token of src/ at a time, builds, and runs the tests that
 # are likely to notice until one does. No part of ./test; a change costs about half a minute.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Every setting that the preferences write, or that has a default, is read by some other folder."""
 import pathlib
 import re

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Prints how much of the code are tests, in lines without blanks and comments, a folder a line.
 import collections, os, re, subprocess
 

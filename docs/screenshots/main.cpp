@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Drives the real window over generated media and writes what it shows as pictures: every tab and
 // window, light and dark. Started by docs/screenshots.sh, on the offscreen platform.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The one object that owns everything long-lived: the stores, the controllers behind the tables,
 // the worker pool and the autosave journal. It starts the program, turns configuration into engine
 // settings, starts, pauses and stops scans, keeps progress, opens and saves results, and shuts

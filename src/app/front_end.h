@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the application controller needs of a front end: the window and the command line implement
 // it. All calls happen on the main thread. Nothing here decides anything about a scan.
 #pragma once

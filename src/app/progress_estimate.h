@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The arithmetic of the progress display: share done and estimated time remaining. The rate is the
 // mean since the first tick of the scan. An estimate drops at once but rises only in steps of 31
 // seconds or more, so that the text does not flicker. Main thread.

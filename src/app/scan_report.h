@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How a scan went as one table sees it, so that an empty table can say why it is empty.
 #pragma once
 

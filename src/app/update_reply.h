@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the update server says, and whether that is newer than this program. Pure functions.
 #pragma once
 

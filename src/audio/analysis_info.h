@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The outcome of the analysis of one audio file. Immutable once shared: a change of path or tags
 // makes a new record and swaps the reference.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where the engine of one worker puts what it has measured. Any thread; implemented by the model of
 // the analysis table.
 #pragma once

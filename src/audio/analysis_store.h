@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What earlier runs and this one have measured: the analysis of each known file, filled from the
 // cache file at start, so that an unchanged file is not decoded again. A file's newer record
 // replaces the older. Nothing here belongs to a scan: an analysed file is the same in all of them.

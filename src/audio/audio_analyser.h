@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The analysis engine of one worker: decodes a file whole at its own rate, one analyser a channel,
 // and hands on one record. Unchanged files that the store knows are not decoded. Belongs to the
 // worker's thread; only the store, the ignore list and the sink are shared.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "audio/audio_comparer.h"
 
 #include <algorithm>

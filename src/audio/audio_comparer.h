@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The audio engine of one worker: makes a file's keys and prints unless the store has them fresh,
 // files them, and compares the file with every earlier file of the scan. One object belongs to one
 // worker thread; the store, the ignore list, the settings and the sink are shared.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The payload of a cache record of the duplicates store: path, flags of the parts that follow, then
 // each part's fields (docs/cache-format.md). TagKeys are not stored, they follow from the ItemBase.
 // What is read back has been checked so far that no later use can leave its bounds, whatever the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The duplicates store of the audio engine: descriptions and prints of sound files, by the rules of
 // CScanStore. Any thread.
 #pragma once

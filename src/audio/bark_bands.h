@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The two tables of frequency bands. Their edges are the critical bands of hearing; the twelve are
 // each about two of the twenty-three wide.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How far the spectrum changes from one stretch of a file to the next, in twelve bands: the series
 // behind a BarkPrint. Takes one frame of magnitudes after the other and needs only the last few of
 // them, so that a whole minute of spectra is never held. One thread an object.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Measures one channel of one file in a single streaming pass: clipping, silent gaps, offset,
 // smallest step, peak, highest frequency, clicks and two small spectra. Sees the samples block by
 // block, in blocks of any size, and keeps what it needs between them; memory is bound by 10 seconds

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Counts the clicks of one channel: bursts of at most 20 samples that stand more than 30 times
 // above the 1000 samples on each side, in the second difference of the samples. One thread.
 //

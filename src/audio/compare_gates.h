@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What rules a pair out before any score: both walks, the processor's and the device's, pass the
 // same gates. Pure functions of their arguments.
 #pragma once

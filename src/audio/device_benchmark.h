@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The proof that a compute device and its kernels work: one full block of noise goes through the
 // device and through the processor, the numbers are held against each other, and both times are
 // told. Nothing is kept afterwards.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The precise scores of one file against all earlier ones, on the compute device: the same gates as
 // the walk on the processor, the same formulas, in blocks of a thousand candidates. Whatever fails
 // here only means that the processor does the work for this file.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The highest frequency of a sound, found in the greatest magnitudes that its transforms had. Any
 // thread.
 #pragma once

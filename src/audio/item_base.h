@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The description of one audio file, and the text keys made from it. Both are immutable once
 // shared: a change of path or tags makes a new record and swaps the reference.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Offset, smallest step, peak and clipped samples of one channel. One thread.
 //
 // A sample counts as clipped when it is at least the third in a row near the peak; a clearly new

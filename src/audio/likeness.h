@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tag score: how far two files agree in title, artist, album and file name, whatever the order
 // and punctuation of the words. Pure functions of text, any thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "audio/precise.h"
 
 #include <algorithm>
@@ -166,7 +167,8 @@ bool FillBarkData(const uint8_t* rows, int32_t length, BarkData* data) {
   data->rows = rows;
   data->length = length;
   for (int32_t band = 0; band < kBarkBands; ++band)
-    if (!CalculateMeanVar(rows + band * kBarkStride, length, data->sums[band], data->invdev[band]))
+    if (!CalculateMeanVar(rows + static_cast<size_t>(band) * kBarkStride, length, data->sums[band],
+                          data->invdev[band]))
       return false;
   return true;
 }

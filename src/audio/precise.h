@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The precise score: does a piece of one file's time structure occur, at any offset, in the other?
 // A pattern of one print slides along the other, band by band, and a pair whose bands all peak at
 // the same offset scores high. Two forms: two long files by their BarkPrints, two short ones by

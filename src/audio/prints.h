@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The sound prints of a file. At least 30 s of sound give a SpectrumPrint (content score) and a
 // BarkPrint (precise score); a shorter file gives a CorrelogramPrint (precise score) and neither of
 // these. Immutable once filed, shared by reference.
@@ -31,8 +32,12 @@ struct BarkPrint : CReferenced<BarkPrint> {
   int32_t length = 0;  // 0 to kBarkLongest
   alignas(64) std::array<uint8_t, size_t{kBarkBands} * kBarkStride> rows{};
 
-  [[nodiscard]] const uint8_t* Band(int32_t band) const { return rows.data() + band * kBarkStride; }
-  [[nodiscard]] uint8_t* Band(int32_t band) { return rows.data() + band * kBarkStride; }
+  [[nodiscard]] const uint8_t* Band(int32_t band) const {
+    return &rows[static_cast<size_t>(band) * kBarkStride];
+  }
+  [[nodiscard]] uint8_t* Band(int32_t band) {
+    return &rows[static_cast<size_t>(band) * kBarkStride];
+  }
 };
 
 // 23 runs of equal length, band after band.

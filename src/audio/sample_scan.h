@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the meters of a channel need of every sample, in vector code. Any thread; only the arguments
 // are touched. Sums run in double precision.
 #pragma once

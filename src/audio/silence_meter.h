@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Counts the silent gaps of one channel: quiet spans of 5 seconds with sound before and after them.
 // Holds the levels of the last 10 seconds. One thread.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // From samples to prints: mono floats at 22050 Hz, at most 60 s, in; SpectrumPrint, BarkPrint or
 // CorrelogramPrint out. Constants are in samples at that rate. One object belongs to one thread and
 // is reused from file to file; nothing here locks or decodes beyond its converter.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The average and the peak spectrum of one channel: transforms of 4096 samples, each 2048 behind
 // the one before; what is left at the end of a file takes no part. One thread, that of the
 // transform.

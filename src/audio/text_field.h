@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The texts of the decoder's information record, as items keep them. Any thread.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Measured quality as text: a table for people, with the worst files on top, and a JSON list for
 // programs, by path.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The command line's words, parsed and checked before anything is opened or started.
 #pragma once
 

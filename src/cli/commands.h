@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The commands, one function each. Arguments are checked; each gives the program's exit status and
 // has told the user about a failure.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The --export of a scan: text files of what it found.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/loaded_results.h"
 
 #include "cli/safe_text.h"

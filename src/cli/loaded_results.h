@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tables behind a results file, for commands that need no scan. Nothing of the data folder is
 // read but the settings. Main thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Settings of one run of the command line laid over the user's own: reads see them first, and
 // writes to them stay in this run. Any thread, like the store below, which must outlive it.
 #pragma once

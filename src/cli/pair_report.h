@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The outcome of a scan as text: tables for people, one JSON object for programs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // File names as text. A name is bytes: it may hold line breaks, escape sequences for a terminal, or
 // no valid UTF-8 at all. Such bytes are shown as "\xNN", so that a name can neither break a line
 // nor steer a terminal, and stays recognisable.

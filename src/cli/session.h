@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a command needs before it can work: the data folder, locked for this run, and the settings.
 // Main thread; lives as long as the command.
 #pragma once

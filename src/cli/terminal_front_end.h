@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The front end of a scan in a terminal: the folders of the command line in, a progress line on
 // standard error out. Ends the event loop when the scan has come to its end. Main thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The person in front of a terminal, for operations on files. SIGINT and SIGTERM stop between two
 // files; a second signal has the system's own effect. Main thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The text form of byte blocks in the settings: Base64 with '*' for 62 and '-' for 63 and no fill
 // characters, so that the last group of 2 or 3 characters stands for 1 or 2 bytes.
 #pragma once

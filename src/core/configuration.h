@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Typed access to the settings, and the two per-user folders. A process-wide singleton with no
 // setting of its own: each call goes to the store that the program's start put in. Reads happen on
 // the main thread; engines get their settings pushed, so no worker reads here during a scan.

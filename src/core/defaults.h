@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The three groups of registered defaults. They are registered at start, and each group can be
 // reset by itself: every key of it is removed from the store so that these values show through.
 #pragma once

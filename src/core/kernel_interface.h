@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Numbers of the kernel's interface that its own headers tell in C only: such a header need not
 // compile as C++, and one update has shown it. They are fixed for good, as programs carry them.
 #pragma once

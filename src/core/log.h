@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The daily log: one text file per UTC day, "/%04d-%02d-%02d.log" in the logs folder, written
 // through a mapped window of 64 KiB so that a line from a worker costs a copy and no system call.
 // A line is "YYYY-MM-DD HH:MM:SS", TAB, text, CR LF, in UTC. Any thread may log; the log's mutex is

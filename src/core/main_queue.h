@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main dispatch queue: the one way from a worker thread to the main thread. The platform
 // implements it over its event loop; tests drain one by hand.
 #pragma once

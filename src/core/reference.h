@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Shared ownership of immutable records: the count lies in the record itself and changes by atomic
 // add, so a table, a worker's walk and a pending list can share one record with no copy and no
 // lock. A record is filled in by one thread before it is shared and never modified afterwards.
@@ -55,6 +56,8 @@ class CRef {
 
   [[nodiscard]] T* Get() const { return m_record; }
   T* operator->() const { return m_record; }
+  // As of a pointer: the caller knows that it is not null.
+  // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn)
   T& operator*() const { return *m_record; }
   explicit operator bool() const { return m_record != nullptr; }
   friend bool operator==(const CRef& a, const CRef& b) { return a.m_record == b.m_record; }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The counters of a scan that are shown to the user. `scheduled` and `processed` count file
 // requests only: all that were queued less those that no engine took and those that a stop has
 // dropped, and those that an engine took. What a stop dropped since work last began to be pending

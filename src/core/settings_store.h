@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The store of the settings as the engine sees it: a flat map from key to value with a layer of
 // registered defaults under the stored values. The platform keeps it on disk, the command line lays
 // one-run values over it, tests keep it in memory. Safe to call from any thread.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The locks of the system: a mutex, a condition and a read-write lock, each a thin layer over the
 // standard library that carries Clang's thread-safety attributes (the standard classes do not).
 // Locks are taken by scope objects; a lock is never held across a call into another subsystem.

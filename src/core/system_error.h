@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The error report, the system's only error convention: a function that fails reports itself once
 // by its own name and a constant line number, and returns false, 0 or null. Callers usually add a
 // report of their own, so that one failure leaves a short trace in the log, innermost first. The

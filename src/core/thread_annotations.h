@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Names for Clang's thread-safety attributes, so that a Clang build proves which mutex guards which
 // field. Under other compilers they vanish. See CSync for the classes that carry them.
 #pragma once

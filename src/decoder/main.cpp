@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The decoder program. Its argument vector has no program name: the two entries are the descriptors
 // to read commands from and to write replies to.
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The client through which everything reads an audio file: four commands over a process link, and
 // blocks of interleaved samples in whatever format the file has, read in place from the mapping.
 // Belongs to the thread of its link. Results are those of client_reply.h.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "decoding/channel_splitter.h"
 
 #include "core/system_error.h"

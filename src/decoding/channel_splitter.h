@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The channel splitter: reads one block of an open file and hands it out as one or two float
 // channels with no change of rate, for analysis and spectra. Belongs to the thread of the link.
 #pragma once

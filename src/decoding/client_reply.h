@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the clients of a process link share: their result codes, and the common way of a command
 // without arguments.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The user's choice of decoder back-ends: which may be used, in which order, for which extensions.
 // The application passes the rows on to each decoder process and names them; it never uses them
 // itself. Loaded from the configuration on the main thread; every CProcessLink compares the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The client through which everything reads a picture file: four commands over a process link; the
 // pixels are read in place from the mapping. Belongs to the thread of its link. Results are those
 // of client_reply.h.

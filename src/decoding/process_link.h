@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The application's end of one decoder process. No codec runs in the application: every file is
 // opened, decoded and tag-read by a child, so that a crash or a hang on a malformed file costs one
 // child and not the scan. The link starts the child, holds two pipes and one shared mapping with

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "decoding/sample_converter.h"
 
 #include <algorithm>
@@ -60,6 +61,7 @@ Taken AverageGroups(State& state, const uint8_t* source, size_t frames, float* t
   }
   frame += groups * ratio;
   written += groups;
+  // NOLINTNEXTLINE(bugprone-infinite-loop): add() moves both on.
   while (frame < frames && written < room) add();
   return {frame, written};
 }

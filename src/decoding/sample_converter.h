@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Turns any supported source format into a mono stream of 32-bit floats at a rate of the caller's
 // choice, in one pass over the decoder's mapped blocks straight into the caller's vector. Whole
 // ratios average groups of frames; other ratios use a box filter that splits the frame on the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reading single samples of an interleaved block, and the factors that bring them to the range of
 // about -1 to 1. The factors are powers of two, so scaling an integer sample is exact.
 #pragma once

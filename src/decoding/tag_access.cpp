@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "decoding/tag_access.h"
 
 #include <array>
@@ -39,9 +40,9 @@ int32_t CTagAccess::SetProperties(const std::string& path, uint32_t flags, const
   const std::array texts{title, artist, album, genre, comment};
   const std::array numbers{year, track};
   uint32_t mask = 0;
-  for (size_t i = 0; i < texts.size(); ++i)
+  for (size_t i = 0; i < std::size(wire::kTagTexts); ++i)
     if (texts[i]) mask |= wire::kTagTexts[i];
-  for (size_t i = 0; i < numbers.size(); ++i)
+  for (size_t i = 0; i < std::size(wire::kTagNumbers); ++i)
     if (numbers[i]) mask |= wire::kTagNumbers[i];
   if (mask == 0) return kDecodeOk;
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Tags of single files, read and written by a decoder process of its own, so that a faulty file
 // cannot hurt the application and the workers go on undisturbed. The process is started on the
 // first use and serves until the object goes. Main thread.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What passes between the application and the decoder program: command ids, exit statuses and
 // record layouts. The one header that both programs include; it includes nothing of either. All
 // numbers are in the machine's (little-endian) order with no fill bytes; docs/wire-format.md tells

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The shape of what a compute device is given: prints as rows of bytes, all of one stride whatever
 // the length of the sound, so that kernels need no table of offsets and one image row holds one
 // file. The kernels in kernel.cl are built for these numbers.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Writes the C++ source behind kernel_sources.h from kernel files, as a step of the build:
 #   cmake -DOUTPUT=FILE.cpp "-DKERNELS=A.cl;B.cl" -P embed_kernels.cmake
 set(rows "")

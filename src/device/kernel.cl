@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The precise score's sweeps for a block of files: each candidate against the target, both ways.
 // One group serves one row, whatever its number of items. docs/device.md tells how this lies on the
 // hardware.

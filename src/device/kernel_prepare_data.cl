@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where the rows come from when the device has no images: a plain buffer, read in units of four
 // bytes by neighbouring items.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where the rows come from when the device has images: one image row is one file, one pixel is four
 // bytes, and reads go through the texture cache.
 

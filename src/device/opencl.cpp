@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "device/opencl.h"
 
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The optional compute device. One object lives as long as the program. It loads the OpenCL library
 // at run time, so that the program works on a system without it, and prepares a context, a queue
 // and three kernels for the device that the user chose by name, on a thread of its own. From then

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The 24 functions of OpenCL 1.x that the program uses, looked up by name at run time: the library
 // is opened when it is there, and nothing is linked against it. Only its headers are needed, at
 // build time, and only in this folder.
@@ -37,6 +38,8 @@ namespace quill {
   X(clGetKernelWorkGroupInfo)
 
 struct OpenCLFunctions {
+// A field is named by the macro: parentheses would make it an expression.
+// NOLINTNEXTLINE(bugprone-macro-parentheses)
 #define QUILL_OPENCL_FIELD(name) decltype(&::name) name = nullptr;
   QUILL_OPENCL_FUNCTIONS(QUILL_OPENCL_FIELD)
 #undef QUILL_OPENCL_FIELD

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The image engine of one worker: makes a picture's signatures unless the store has them fresh,
 // files them, and compares the picture with every earlier one of the scan. One object belongs to
 // one worker thread; the store, the ignore list, the settings and the sink are shared.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a table shows as the type of a picture.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The description of one picture file. Immutable once shared: a change of path makes a new record
 // and swaps the reference.
 #pragma once

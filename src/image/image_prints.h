@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The two signatures of a picture, each made from a 64 by 64 grey thumbnail. Immutable once filed,
 // shared by reference. Their lengths are those below unless they come from a damaged cache file:
 // whoever reads them looks.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The payload of a cache record of the image store: path, flags of the parts that follow, then each
 // part's fields (docs/cache-format.md). Counts are taken as they stand in the file. Any thread.
 #pragma once

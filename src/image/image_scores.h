@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The two scores of a pair of pictures, 0 to 1. Both are the same for a picture and any of its
 // copies turned by right angles or mirrored: such a copy has the same sequences of rows and columns
 // or the same quadrants, but exchanged, read backward or transposed, and the best of the eight ways

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a scan compares of pictures and how strictly. Written by one call on the main thread between
 // scans, read by the workers with no lock.
 #pragma once

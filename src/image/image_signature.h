@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How the two signatures of a picture are made. Only a grey thumbnail of 64 by 64 counts, so that a
 // change of size, format or quality leaves little trace in them. Pure functions; a failed primitive
 // is reported.

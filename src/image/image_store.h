@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The store of the image engine: descriptions and signatures of pictures, by the rules of
 // CScanStore. Any thread.
 #pragma once

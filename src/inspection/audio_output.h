@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The system's audio output as the player sees it: it pulls samples, in the file's own rate,
 // channels and type, from a callback on a real-time thread. platform/ implements it; tests play one
 // of their own. All calls but the callbacks come from one thread, the player's queue.

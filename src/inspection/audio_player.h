@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The preview player: plays one audio file through the system's output, with play, pause, seek and
 // volume, and collects the file's level envelope on the way.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where the labels of an axis stand: as many round values as fit, found by halving, so that the
 // roundest value lands nearest the middle of each free stretch. Pure; positions in pixels along the
 // axis, growing to the right or downward.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The outline of a spectrum's curve in a graph of some width. Pure.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Cuts the samples of one channel into overlapping frames and hands out the magnitudes of each, in
 // whatever blocks the samples come. Samples that fill no whole frame are dropped. One thread.
 #pragma once

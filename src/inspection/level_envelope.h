@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The level envelope of one file: the least and the greatest sample of each thousandth of its
 // length, for two channels. It grows with what has been decoded. One thread adds; any thread may
 // look, and sees each value whole.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // From linear levels to fractions of a full scale of 150 decibels. Pure.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Runs blocks one after another on a thread of its own, in the order of posting. Besides, one fixed
 // block, the signal's, can be asked for from a real-time thread: Signal neither locks nor
 // allocates. Any thread, but PostAndWait from the queue's own.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a builder has made, as the window draws it: the builder's thread puts a finished result
 // there, the window looks at it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The time-resolved spectrum of one audio file: one magnitude spectrum for each hop, for each
 // channel, all kept in memory: 4 (N/2 + 1) bytes a hop and channel.
 #pragma once

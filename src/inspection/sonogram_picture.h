@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The pixels of a sonogram: one column a frame, high frequencies at the top, colours from black
 // (silence) over blue (-75 dB) to red (0 dB). Pure.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The long-term spectrum of one audio file: for every frequency bin of each channel the mean and
 // the peak level over the whole file. Memory depends on the transform length alone.
 #pragma once

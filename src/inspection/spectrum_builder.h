@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the two builders of spectra share: a thread of their own that decodes one file at its own
 // rate, over a decoder of its own, cuts each channel into frames and hands the magnitudes to the
 // derived builder; state, progress and stop. Build and Stop belong to one thread, the owner's;

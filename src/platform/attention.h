@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the desktop shows of a program that works in the background: a notification, and a number on
 // its icon. Without a session bus, or with a desktop that has neither, nothing happens. Main
 // thread.

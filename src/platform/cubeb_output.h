@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The audio output by cubeb, which picks PulseAudio, PipeWire, ALSA or JACK. One stream at a time.
 #pragma once
 
@@ -8,7 +9,7 @@ struct cubeb_stream;
 
 namespace quill {
 
-class CCubebOutput : public CAudioOutput {
+class CCubebOutput final : public CAudioOutput {
  public:
   CCubebOutput() = default;
   ~CCubebOutput() override;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One user of a data folder at a time: an advisory lock on a file in it, held until the object or
 // the process goes. Two programs over one folder would write each other's cache and results away.
 #pragma once

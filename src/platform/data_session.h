@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The data folder of one run of a program: locked against other programs, known to the
 // configuration and the log, with the settings file as the configuration's store. Main thread;
 // lives as long as anything reads settings.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Small pictures for an exported page: the decoder program reads the file, so whatever a scan finds
 // can be shown and no codec meets the file in this process. As stored, not turned by metadata. A
 // link, and with it a decoder process, of its own. Made and used on one thread; the decoder table

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the user's desktop does with files: opens them with the program of their type, and shows
 // them in the file manager. Paths are bytes of the file system and reach the desktop as they are.
 // Main thread; needs a QGuiApplication.

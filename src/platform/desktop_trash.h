@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The trash that desktops show and restore from, by the rules of freedesktop.org: "files" holds
 // what was thrown away, "info" a small text beside each with the old path and the time. A file goes
 // to the user's own trash when that lies on the file's volume, else to the volume's, so that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The real file system behind the operations on files. Names are raw bytes. No call overwrites a
 // file, and a folder that has taken a file's name is refused. Any thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/ini_settings_store.h"
 
 #include <QByteArray>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The settings on disk: one INI file that a user can read and edit. Numbers and truth values come
 // back as text, which CConfiguration reads. A list is kept with a mark as its first element, since
 // the file format cannot tell an empty list from none and a list of one from a text. Any thread.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One window over a data folder: the first one listens, and a second start of the program hands
 // over to it and ends. Main thread, with a running event loop on the listening side.
 #pragma once

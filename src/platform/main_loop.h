@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The way from what arrives by itself (a second start, a server's answer, a drop) to what may open
 // a dialog or change the tables. Such a call must not be made from inside a signal, whose sender
 // may be gone when a dialog's event loop returns, nor while a dialog, a menu or a file operation is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Moves a file to another volume: a complete copy under a hidden name beside the target, safe on
 // the disk, takes the target's name, and only then the source goes. Whatever fails on the way, the
 // source is still there and the copy is not. A program that is killed leaves the hidden copy, named

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The folder of a path in the form that the system's calls take: never empty, also for a name
 // alone and for what lies in the root.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main dispatch queue over Qt's event loop: posted blocks wait in a list, and an event counter
 // in the kernel wakes the loop once for all that has come together. Nothing of Qt is touched by the
 // posting thread. Made and destroyed on the main thread, where a QCoreApplication must exist.

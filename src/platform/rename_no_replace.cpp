@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/rename_no_replace.h"
 
 #include <fcntl.h>

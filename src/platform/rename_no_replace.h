@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A rename that never overwrites: what the target's name holds stays, whoever put it there and
 // however late. Names are raw bytes. Any thread.
 #pragma once

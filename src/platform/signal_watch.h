@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // SIGINT and SIGTERM as an event of the main thread's loop. The handler only writes a byte to a
 // pipe. After the first signal the system's own handling is back, so that a second one ends a
 // program that does not come to its end.

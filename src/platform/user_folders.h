@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where a user's data live: the freedesktop folders, or all under one folder of the user's choice.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The model of the audio quality table: one row per analysed file, with no pairs and no groups. It
 // also holds the rating by which the audio automark chooses between two files, and the values that
 // the duplicates table shows in the columns it shares with this one. The two tables follow each

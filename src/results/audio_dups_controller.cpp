@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "results/audio_dups_controller.h"
 
 #include "core/system_error.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The model of the audio duplicates table: CDupsModel over ItemBase with the scores for tags,
 // content and precise. Beyond the shared model it follows edits of tags and names, asks for the
 // analysis of files, and keeps the analysis table of the same window informed. The engine reports

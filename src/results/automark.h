@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Automark: decides for each sufficiently strong match which of the two files is the worse one and
 // marks it, by an ordered list of criteria and thresholds on the scores that the user sets. What
 // the user arranges are three lists, kept in the settings: criteria, folders and extensions, best

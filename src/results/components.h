@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Connected components of a graph whose nodes are numbered from 0: disjoint sets, joined by size,
 // with paths halved on the way.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the user does to rows of a duplicates table: marks, ignores, acts on the files, swaps two.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The rows for many pairs at once, in one pass over the table: for a large batch of new pairs, and
 // for all pairs when the order, the mode or the membership has changed.
 #pragma once

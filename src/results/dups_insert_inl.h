@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How items and pairs come into a duplicates table and change there: from workers, from a results
 // file, by a change of path or tags. Settings and journal are part of it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The model behind a duplicates table, shared by audio and images: every file that takes part in a
 // match (an item), every match (a pair, held in both directions), and the flat array of rows made
 // from them, kept sorted and grouped while workers report new pairs. In grouped mode a group is a

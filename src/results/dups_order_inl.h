@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The orders of a duplicates table: of items, of the pairs below an item, and of rows in a group.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The rows of a duplicates table: look-up, and the placing of single rows while pairs trickle in.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Writes the results of a table to a text file that other programs read, or to a page for people.
 // Memory stays flat: what is gathered is written whenever it exceeds 64 KiB. A file that could not
 // be written whole leaves what was there before (export_writer.h).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The text file behind an export: gathers records and writes them out whenever more than 64 KiB
 // wait, so that memory stays flat whatever the size of the results. They go to a hidden file beside
 // the target, which takes its place at the end: an export that fails or is given up leaves what was

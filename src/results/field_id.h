@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The columns of the three result tables, numbered once for all: sort settings are stored by these
 // numbers, and a column's identifier text resolves to them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the cells of the tables, and the fields of exported files, say. Pure functions, no locale.
 #pragma once
 

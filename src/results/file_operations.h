@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the tables do to files: trash, move, swap. The operations decide by their result whether a
 // table is to follow, and log what they did. No operation ever overwrites a file. Main thread.
 //

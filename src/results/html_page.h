@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The frame of an exported page, and text in it. One file with no script and nothing to load; light
 // or dark as the reader's system is; one table, whose groups are bodies of their own. Numbers stand
 // at the right. Pure functions over a writer.

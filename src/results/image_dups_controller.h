@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The model of the image duplicates table: CDupsModel over ImageInfo with the scores for content
 // and experimental. The engine reports pairs through CImagePairSink from worker threads; all the
 // rest belongs to the main thread. The journal loads into it through CImageResultsTable; rows

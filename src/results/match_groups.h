@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The matches of a duplicates table as a page shows them: a copy, sorted into groups of files that
 // hang together, whatever the table's own mode and order are, so that it can be written while the
 // table goes on changing. Made on the main thread; read from any.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the results tables ask of the rest of the program: small interfaces that higher layers, or
 // the other table of the same window, implement. All calls come on the main thread.
 #pragma once

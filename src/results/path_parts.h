@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The parts of a path that the tables sort and compare by. Pure functions; the views point into the
 // argument.
 #pragma once

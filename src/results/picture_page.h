@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page of the image duplicates: each group shows its pictures, small, and then its matches. To
 // read thousands of pictures takes minutes, so the page works on a copy of the table: made on the
 // main thread, and from then on used by any one thread while the table goes on changing. The copy

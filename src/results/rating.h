@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One number from 0 to 1 for the measured quality of an audio file: what the analysis table sorts
 // by and the automark chooses by.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the tables sort by, drawn out of the records once for each sort, so that a comparison need
 // not follow pointers. Keys point into the records' texts and are gone with them.
 #pragma once

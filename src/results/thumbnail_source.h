@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where an exported page gets its small pictures from. The results know nothing of decoding or of
 // the encoding of pictures: the platform implements this.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A set of records that keeps them in the order in which they first came, so that what is made of
 // it (lists of files, journal records) does not depend on addresses. Holds pointers, owns nothing.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "signal/aligned_allocator.h"
 
 #include <cstdlib>
@@ -16,6 +17,7 @@ void* VecAlloc(ptrdiff_t bytes) {
   if (!system) return nullptr;
   const uintptr_t block = (reinterpret_cast<uintptr_t>(system) + kOverhead - 1) & ~(kAlignment - 1);
   std::memcpy(reinterpret_cast<char*>(block) - sizeof system, &system, sizeof system);
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): that is what alignment by hand takes.
   return reinterpret_cast<void*>(block);
 }
 

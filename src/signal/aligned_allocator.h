@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The allocator of all signal vectors: blocks aligned to 64 bytes, for the vector code. VecAlloc
 // and VecFree are the same two operations for raw work buffers. Any thread.
 #pragma once

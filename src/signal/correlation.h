@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Products of one vector with another at sliding offsets, and the Pearson value built on them: the
 // hot loops of a scan. The vector code picks the processor's best variant at run time. Re-entrant.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A real transform of N samples costs no more than a complex one of N / 2, if the samples are taken
 // in pairs as complex values; this is the step that brings out the magnitudes of the real one. Any
 // thread; only the arguments are touched.

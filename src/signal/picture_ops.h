@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The operations on pictures under the image engine: resize, grey, transpose and the transform of a
 // thumbnail. Pictures of bytes are interleaved with three or four samples a pixel; results have no
 // gap between rows. Status as in vector_ops.h. Re-entrant.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A real forward transform with a symmetric Hann window, for fingerprints, analysis and spectra.
 // Nothing is scaled: the gain of the window is not undone. One object belongs to one thread; plans
 // are shared process-wide per length and made once under one mutex.

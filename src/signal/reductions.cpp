@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The sums of vector_ops.h, in double lanes, the greatest value, and the magnitudes of a spectrum.
 #include <algorithm>
 #include <cmath>

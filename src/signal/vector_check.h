@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The argument test that every vector operation begins with.
 #pragma once
 

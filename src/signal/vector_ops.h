@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The flat table of operations on vectors of 32-bit floats under all engines. Each gives a status:
 // 0 success, negative an error, positive a warning; callers treat every non-zero status as a
 // failure, except kVecDivByZero where told. A null pointer or a length below 1 is an error and

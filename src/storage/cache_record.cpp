@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "storage/cache_record.h"
 
 #include "storage/little_endian.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reading and writing the fields of one cache record. Numbers are little-endian with no alignment.
 // A string, a float vector and a byte vector begin with a 16-bit count; a writer refuses counts
 // above 32767. One thread at a time.

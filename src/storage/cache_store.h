@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // "cache.dat": what is expensive to compute for a file, kept so that an unchanged file is not
 // decoded twice. A framed log that is only appended to during a run; a renewed record is written
 // again, and at load the later one extends or replaces the earlier. See docs/cache-format.md.

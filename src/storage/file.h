@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A plain file handle with exact-length reads and writes. It belongs to one thread at a time and
 // closes itself on destruction. Failures are reported where told and given back as false.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What is told of a file in the stores and in the results, beside its prints: the path is its key,
 // as bytes of the file system, UTF-8 as far as that has it.
 #pragma once

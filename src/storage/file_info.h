@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What tells that a file has not changed since its description was made: its size and the second of
 // its last modification, no more. Any thread.
 #pragma once

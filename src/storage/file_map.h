@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A file seen through one movable mapped window of 64 KiB multiples. Appending a field costs a
 // bounds test and a store; everything appended is in the page cache at once, so it survives the
 // death of the process. While open for writing, the file on disk is grown in whole windows, with

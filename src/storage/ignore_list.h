@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the user has told the program to leave alone: single files and pairs of files, kept in
 // "ignores.list" as text (docs/ignore-format.md). Any thread may ask and add; the test stands in
 // the inner loop of comparison and costs a read lock and a tree descent with no allocation.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Fields of the file formats. All numbers are little-endian with no alignment, and so are copied as
 // they lie in memory; a machine of the other byte order does not build.
 #pragma once

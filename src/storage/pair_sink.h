@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where an engine reports the pairs that it finds; the model of a duplicates table implements it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The pending-work stream: what a scan had yet to do when the program ended, so that it can go on
 // at the next start. Written only at termination, read only at start, never cleared between. The
 // stream lies at byte 2048 of its file; the bytes before belong to nobody yet. Layout in

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Results files: those that the user saves and opens, and the autosave file, which is the same
 // format kept open with each change of a result appended. The file is a log and not a snapshot:
 // removal and change records act on what earlier records built. Appends go through a mapped window,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The ordered container under every cache, the ignore list and the tables of the controllers: a
 // threaded AVL tree over item blocks, with any number of secondary indices over the same blocks.
 //
@@ -59,6 +60,8 @@ class CRobustBase {
   [[nodiscard]] void* ItemOf(const Node* node) const;
   // The node on that side, or null where the link is a thread or empty.
   [[nodiscard]] static Node* Child(uintptr_t link) {
+    // The tags lie in the address itself, which is what makes a node small.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
     return link & kThread ? nullptr : reinterpret_cast<Node*>(link & ~kTags);
   }
   // Links `node` below path[depth - 1]; entries are node addresses with the direction in bit 0

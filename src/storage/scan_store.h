@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What an engine knows of the files of this machine: for each known path an entry of its
 // description and its prints, filled from the cache file at start, extended by scans. An ordinal
 // above 0 marks a file as part of the present scan and tells its place in the order of arrival,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The engines of one worker thread over one decoder process: what a file meets on its way through a
 // scan. Every file that is not known as sound is offered as a picture first, whatever its name, and
 // then as sound; for an analysis it is measured as sound and nothing else. Made, used and destroyed

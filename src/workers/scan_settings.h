@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The engines' settings, as one board between the main thread, which writes them when preferences
 // change (also in mid-scan), and the workers, each of which takes a copy at the start of a file.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What one worker thread needs for its whole life: its engines, and the walk through one folder.
 // Lives on the thread's stack and is used by that thread only.
 #pragma once

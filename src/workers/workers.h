@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The pool of threads that does all scanning. It owns one FIFO queue of requests, the run and stop
 // words that the scan button acts on, and the threads; each thread builds its own CWorkerContext,
 // so that decoder link and scratch memory are private to it and set up once. Folders are walked by

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The real decoder program behind the real link and client: a folder for files, a table of the
 // test's own, and whole files read into memory.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the tests of the link and of its clients share: a folder, the log as it was written, a
 // decoder table of the test's own and scripts for the fake decoder.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Pictures made on the spot, the same for the same seed.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The player on a real sound server: PulseAudio with a sink that plays into nothing, whose monitor
 // is recorded. What was heard must be the file: its pieces in order, and as much sound as the file
 // has, so that nothing was lost or came twice. Silence within is no fault, as a busy machine may

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/disk_file_service.h"
 
 #include <fcntl.h>

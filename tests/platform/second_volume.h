@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A volume of the test's own, in memory, for tests of what crosses volumes or fills one. It is seen
 // by a child process only, so that no trash on a volume of the machine is touched.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the random walk over the duplicates tables (dups_walk_test.cpp) does not come by.
 #include "results/dups_model.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a duplicates table must show, worked out the plain way.
 #pragma once
 

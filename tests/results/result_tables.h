@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The results tables of a test, empty, over stores and settings of their own.
 #pragma once
 

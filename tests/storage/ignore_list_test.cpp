@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "storage/ignore_list.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The reports that a test provokes: the process's log goes to a folder of its own while this lives.
 #pragma once
 

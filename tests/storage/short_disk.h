@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A disk that runs full, for a child process of the test.
 #pragma once
 

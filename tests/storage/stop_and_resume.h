@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The end of a program and its next start, as the scan state of an engine sees them.
 #pragma once
 

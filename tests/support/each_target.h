@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Runs a test under every variant of the vector code that this processor can run, since only the
 // best one is chosen otherwise.
 #pragma once

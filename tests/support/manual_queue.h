@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A main queue that a test drains by hand, on the thread that plays the main thread.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Media for tests, made on the spot: deterministic signals, WAV files written here, every other
 // format encoded by the ffmpeg program (which tests require). Encoded files are cached for the
 // life of a test process, so that several tests can share one.

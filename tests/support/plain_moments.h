@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Variances and covariance of two runs of numbers by their definition, in doubles: what the fast
 // correlations are held against.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The log of the process, in a folder of a test's own.
 #pragma once
 

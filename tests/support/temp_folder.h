@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A folder of a test's own, made in the system's temporary folder and removed with all its content
 // at the end of the scope.
 #pragma once

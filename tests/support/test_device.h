@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The compute device that tests run on: a software one, from the package pocl-opencl-icd, reached
 // through the library fake_opencl. Its compiled kernels are kept in the build folder.
 #pragma once

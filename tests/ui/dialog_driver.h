@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Answers the modal dialogs of a test, one step a dialog, in the order in which they come up. A
 // step that nobody came up for, and a dialog that nobody answers, fail the test.
 #pragma once

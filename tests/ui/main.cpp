@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tests of the window run in one process with one application, on a screen that nobody sees and
 // without a session bus: no test depends on the desktop it runs on, or shows up there.
 #include <gtest/gtest.h>

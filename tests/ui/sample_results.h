@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A few results for the tests of the tables: two groups of sound, a pair of pictures, and measured
 // files.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A front end with nobody in front of it, for views that need an application controller.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The walk through real folders, as a scan does it: requests in at one end, files out at the other.
 #include <gtest/gtest.h>
 #include <sys/socket.h>

@@ -1,7 +1,10 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "decoder/commands/command_loop.h"
 
 #include <unistd.h>
 
+#include <iterator>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -171,13 +174,15 @@ void CCommandLoop::TagsRead() {
 }
 
 void CCommandLoop::TagsWrite() {
+  static_assert(std::size(wire::kTagTexts) == std::tuple_size_v<decltype(TagFields::texts)>);
+  static_assert(std::size(wire::kTagNumbers) == std::tuple_size_v<decltype(TagFields::numbers)>);
   const std::string path = m_pipe.ReadString();
   (void)m_pipe.ReadWord();
   TagFields fields;
   fields.mask = m_pipe.ReadWord();
-  for (size_t i = 0; i < fields.texts.size(); ++i)
+  for (size_t i = 0; i < std::size(wire::kTagTexts); ++i)
     if ((fields.mask & wire::kTagTexts[i]) != 0) fields.texts[i] = m_pipe.ReadString();
-  for (size_t i = 0; i < fields.numbers.size(); ++i)
+  for (size_t i = 0; i < std::size(wire::kTagNumbers); ++i)
     if ((fields.mask & wire::kTagNumbers[i]) != 0) fields.numbers[i] = m_pipe.ReadWord();
   LeaveIfGrown();
   Reply(wire::kTagsWrite, WriteTags(path, fields));

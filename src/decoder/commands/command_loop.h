@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Serves the application's commands one after another, from the handshake until the pipe closes.
 // Every command is answered by its id and a status, and by data where the status is zero.
 #pragma once

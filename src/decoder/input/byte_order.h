@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Numbers in foreign files, which stand at any address and in either byte order.
 #pragma once
 

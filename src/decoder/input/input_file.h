@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A regular file open for reading. Everything that a codec sees of the user's files goes through
 // one of these. Opening never blocks and never disturbs a named pipe or a device.
 #pragma once

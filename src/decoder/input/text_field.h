@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Text of foreign files, for the fixed fields of a record. What comes out is always valid UTF-8.
 #pragma once
 

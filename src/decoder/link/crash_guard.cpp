@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "decoder/link/crash_guard.h"
 
 #include <sys/resource.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How much memory this process holds, and how much it may.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program's two pipe ends: words, strings and blocks from and to the application. The
 // descriptors are non-blocking; reading and writing wait for them. What is written goes out when
 // the program next waits for input, so that a reply wakes the application once.

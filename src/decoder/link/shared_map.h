@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The memory shared with the application, in which all bulk data travel. The application owns the
 // backing file, whose descriptor this program inherited; only the application resizes it, when
 // asked over the pipe.

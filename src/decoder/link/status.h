@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program's own answers to commands. The application only hands them on: zero is success, and
 // any other value means that this file, or this command, cannot be served.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // BMP pictures, and the bitmaps inside icons, which are the same without the first 14 bytes but
 // with a mask of transparent pixels behind. FFmpeg decodes the pixels. Files of up to 2 GiB.
 #pragma once

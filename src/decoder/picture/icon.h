@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Icon files: a directory of the same picture in several sizes, each a PNG file or a bitmap. The
 // best one stands for the file: the largest, and among those the one of the most colours.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An open picture, whatever its format: what is stored, and its pixels as they go to the
 // application: 8-bit samples of red, green, blue and, if the picture has any, alpha; rows without
 // gaps, from the top. No metadata turns or mirrors them. For one thread.

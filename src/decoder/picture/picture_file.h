@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A picture file from its opening to its pixels. Content decides what it is, never the name. A file
 // that is no picture is refused on its first bytes, before any codec has been touched.
 //

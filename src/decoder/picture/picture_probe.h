@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Tells by a file's first bytes which picture format, if any, it is in. Content decides, never the
 // name. Every file of a scan, sound or not, comes here first, so a refusal is one small read.
 #pragma once

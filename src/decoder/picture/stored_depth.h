@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How many bits the file itself spends on a pixel where the decoded form does not tell: palettes
 // are expanded and single bits become bytes on the way.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Pictures that libvips reads: JPEG, PNG, GIF, TIFF, WebP, HEIF with AVIF, and JPEG XL. The loader
 // follows from the signature; libvips itself guesses nothing, and all its other loaders are
 // blocked. Rows are decoded a few at a time and land in the target where the format allows it;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A sound file from its opening to its end: the whole road from a path to blocks of samples. For
 // one thread. No failure of a file is worse than an early end of its stream.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A media file opened by one demuxer, and the one sound stream of it that is read. The demuxer
 // reads through a CInputFile only: it can open neither another file nor a network address.
 #pragma once

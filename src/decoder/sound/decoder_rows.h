@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The user's choice of back-ends, as the application sends it at the start. FFmpeg stands behind
 // every row; a row is a set of its demuxers. The specialised rows have only those of their own
 // format, the general one has all that ProbeSound knows.

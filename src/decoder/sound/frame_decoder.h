@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Decodes the selected stream of a container frame by frame, on the calling thread. Encoder delay
 // and padding are dropped. A damaged packet is skipped. Some streams change their rate, channels or
 // sample type on the way; every frame comes out in the form of the first.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Headers of the sound formats that are bare frames one after another, with no container around
 // them. Each function takes at least kFrameHeaderBytes readable bytes and gives the bytes of the
 // frame that begins there, or 0 when none does.

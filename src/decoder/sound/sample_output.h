@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Turns decoded frames into the interleaved samples that go to the application.
 //
 // Lossy codecs are rounded to 16 bits without dither, and so is lossless material of at most 16

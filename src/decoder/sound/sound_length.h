@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The true extent of the sound in formats whose encoder delay or padding FFmpeg leaves in.
 #pragma once
 

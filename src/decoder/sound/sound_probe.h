@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Tells by a file's first bytes which demuxer, if any, is to open it. Content decides, never the
 // name. Most files of a scan are no sound at all, so a refusal has to be quick: formats with a
 // signature take one small read, and streams of bare frames (MPEG audio, AAC, AC-3) are looked for

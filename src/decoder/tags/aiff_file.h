@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An AIFF file with its text chunks, which the tag library leaves alone.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A copy of a file that takes the file's place when it is complete, in one step: whoever looks, at
 // whatever moment, and whatever happens to this process or to the disk, sees the old file or the
 // new one. Until then the copy has no name where the file system can do without one, so that a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Programs put the seven facts also where their standard does not look for them: the comment of an
 // MP3 file in a text frame of that name, all of a WMA file's among its free attributes, the title
 // of an AIFF file in a chunk beside its tag. Other readers prefer some of these doubles to the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The seven tag fields of a sound file, and which of them a request speaks of.
 #pragma once
 

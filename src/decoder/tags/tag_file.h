@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tags of one sound file, in every standard that its type knows. The type is told by the
 // content, never by the name: a tag of the wrong standard in front of another format would damage
 // the file.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "decoder/tags/tag_stream.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The bytes of one file as the tag library sees them. The library does not look whether its writes
 // succeed; this stream remembers that one has failed, so that a full disk ends in a status and not
 // in a damaged file. The descriptor is the caller's.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An APE tag at the end of a file for which the tag library does not look for one, in front of the
 // short tag if that is there.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/audio/audio_dups_model.h"
 
 #include "results/field_text.h"

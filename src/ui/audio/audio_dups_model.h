@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The audio duplicates table as Qt's views read it, with the columns of quality beside its own.
 #pragma once
 

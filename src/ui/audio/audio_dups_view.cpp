@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/audio/audio_dups_view.h"
 
 #include <QAction>

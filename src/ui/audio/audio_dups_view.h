@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tab of the audio duplicates. Main thread.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/folders/file_list_model.h"
 
 #include <QDateTime>

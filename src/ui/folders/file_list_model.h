@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What lies in the folder selected in the tree: names, sizes, times. Main thread.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The rules of the list of folders to scan: no folder lies inside another, and what the settings
 // keep. Pure functions; paths are bytes of the file system, absolute, without a '/' at the end.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What lies in a folder, read off the main thread: a disk may be slow to wake, and a folder of
 // fifty thousand files takes its time. Results come back on the main thread.
 #pragma once

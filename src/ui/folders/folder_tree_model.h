@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tree of folders to scan: the chosen ones at the top, each with its group, and what lies below
 // for looking around. Subfolders are read when their parent's row comes on show, off the main
 // thread, so that a row has its triangle only where there is something to open. A chosen folder

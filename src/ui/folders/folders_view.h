@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The first tab: the folders to scan, each with a group, and a look into them. A scan always covers
 // all top-level folders, whatever is selected. Main thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/images/image_dups_model.h"
 
 #include "image/image_format_text.h"

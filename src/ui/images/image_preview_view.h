@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The strip beside the image table: the selected picture large, its neighbours in the table small,
 // with those of its group at full strength. The wheel moves the strip on to other pictures, and the
 // next change of the selection moves it back. Pictures are loaded in the background, and a small

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Exports the image duplicates as a page, with a small picture of each file. The pictures are read
 // on a thread of their own, from a copy of the table, under a dialog that tells how far it is and
 // can stop it. Main thread.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where the pictures of the preview strip stand: the large one in the middle of the view, its
 // neighbours in the table small before and behind it, as many as fit. The strip runs down a tall
 // view and across a wide one. Every picture is whole, and at least one neighbour stands on each

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Loads pictures for the preview, one at a time, on a thread of its own: what Qt can read is read
 // by Qt, upright as its metadata says; everything else comes from a decoder process over a link of
 // the loader's own. Asked and answered on the main thread.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Plays a file and shows its level envelope as far as it has been decoded, the part already played
 // in colour; a click seeks. Main thread.
 #pragma once

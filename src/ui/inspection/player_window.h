@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The preview player: one window for whatever file is to be heard next. Main thread.
 #pragma once
 

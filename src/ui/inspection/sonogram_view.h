@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The spectrum of a file over its time, a pixel column a frame of sound; scrolls when there are
 // more frames than columns. A panel for each channel. Main thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The long-term spectrum of a file: peak and mean level over the frequency, a panel for each of two
 // channels. Main thread.
 #pragma once

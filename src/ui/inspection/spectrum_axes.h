@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Draws the axes of a spectrum beside its graph: labels in the strips at the left and below, and a
 // grid line across the graph for each. Main thread.
 #pragma once

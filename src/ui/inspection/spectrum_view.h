@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the two views of a file's spectrum share: the builder that is started with the path, the
 // message that stands where no result is yet, the scale and its setting, the picture for a file.
 // The builder's thread only asks for a new drawing. Main thread.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The two windows that look into one file: what a run is made of at the top, the view below. Each
 // lives until the user closes it. Main thread.
 #pragma once

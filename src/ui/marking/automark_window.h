@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window in which the user arranges the criteria of the automark, its folders and extensions,
 // and the thresholds. Main thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The rows of the decoder table as the preferences show and change them: a working copy. Main
 // thread.
 #pragma once

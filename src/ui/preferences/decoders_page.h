@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Page of the preferences: which decoders may be used, in which order, for which files. What is
 // changed here is stored when the window closes. Main thread.
 #pragma once

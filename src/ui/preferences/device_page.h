@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Page of the preferences: precise comparison on a compute device, which one, and the proof that it
 // works. Main thread; the benchmark runs on a thread of its own while the page says that it does.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/preferences/duration_formatter.h"
 
 #include <cstdio>

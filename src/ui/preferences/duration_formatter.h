@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Tells by an example which lengths of songs a ratio of durations lets through. Pure.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Page of the preferences: which measures take part in a scan, and from which score on a pair is
 // reported. Main thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Page of the preferences: files, threads, the form of the tables, and what the program has stored.
 // Main thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The settings, the decoder table, the statistics of cache and ignore list. Controls write to the
 // settings at once; everything is applied when the window closes. One window at a time, not modal.
 // Main thread.

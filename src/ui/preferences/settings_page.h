@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A page of the preferences whose controls stand for settings: a control shows the stored value or
 // else the registered one, and writes at once what the user changes. Main thread.
 #pragma once

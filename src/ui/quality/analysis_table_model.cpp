@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/quality/analysis_table_model.h"
 
 #include "results/field_text.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The audio quality table as Qt's views read it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tab of the analysed audio files. Main thread.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the audio and the image duplicates table have in common as Qt's views read them. The text of
 // a row is always of the row's file: of the partner in an inner row. The colours of scores are
 // named here, so that both sides take the same.

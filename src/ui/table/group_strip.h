@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What marks the groups of a table at its left edge: the strip with the group's number, and the
 // triangles of rows that show or hide others. Main thread.
 #pragma once

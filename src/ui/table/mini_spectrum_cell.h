@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Draws the cell of a spectrum: a bar for each of its 32 bands, the average in front of the peak.
 // Main thread.
 #pragma once

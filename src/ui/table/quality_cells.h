@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The cells of an audio file's quality, which the quality table and the duplicates table show
 // alike.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A table of the engine as Qt's views read it: one row a row of the controller, one column a field.
 // It translates and holds nothing of its own but the identities of the rows that Qt was last told
 // of; cells are read from the controller when they are drawn. Nobody notices by himself that the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the three result tabs share: a table over a controller of the application controller, the
 // actions on its rows, and the road back from them. The main window owns the views and knows them
 // by this class only. Main thread.

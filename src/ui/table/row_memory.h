@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Remembers which rows of a table were selected, which one was current and which one stands still
 // on screen, and finds them again among other rows: a scan inserts them by the hundred, a sort
 // shuffles them, an action removes some. Linear in the number of rows. No Qt; one thread.

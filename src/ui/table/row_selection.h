@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The selection of a table of which whole rows are selected, kept as one flag a row. Qt's own is a
 // list of ranges, and compares the old list with the new one range by range: with the tens of
 // thousands of ranges that a scan makes of a large selection, one key press would take minutes.

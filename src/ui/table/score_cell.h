@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Draws the cell of a score: a bar as long as the score with its text over it, or a dash where
 // there is none. Main thread.
 #pragma once

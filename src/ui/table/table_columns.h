@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The columns of the three result tables, in their order at the first start: what their headers
 // say, how wide they are, which ones a user sees before choosing. Cells and sorting go by the
 // field.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Everything that the three result tabs do alike: the table, the actions on its rows with their
 // menu, enabling, export and columns. A tab names its controller and adds what is its own. Actions
 // work on the selected rows; after each one the delegate shows the tables anew. Main thread.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The table of a results tab: group strip with numbers, shaded groups, triangles that show and hide
 // inner rows, a header menu of columns, and a selection that follows its rows through every change
 // of the model. It knows the rows by CResultsModel only. Main thread.

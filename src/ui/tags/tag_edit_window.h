@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Edits the tags and the name of one file beside the tags of its duplicates, any of which can be
 // copied over, field by field. Modal; the table behind it follows what really happened on disk.
 // Main thread.

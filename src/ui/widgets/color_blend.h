@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Mixtures of colours, for what the window draws itself. Pure functions.
 #pragma once
 

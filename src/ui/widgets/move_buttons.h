@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Two buttons beside a list that move its current row up and down, with Alt and the arrow keys as
 // their shortcuts. They are enabled as far as the row can go. Main thread.
 #pragma once

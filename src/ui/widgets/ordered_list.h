@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A list that the user puts in order: by buttons beside it, by dragging, by Alt with the arrow
 // keys. Knows its entries by number only. Main thread.
 #pragma once

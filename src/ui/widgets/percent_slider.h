@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A value from 0 to 1, set as a percentage: a slider with a field that shows the number and takes
 // one. Main thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Colours that read well on any palette. The program's own colours are told for a light one; on
 // others they are moved towards white or black as far as needed. Pure functions of colours.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Asks for the name of a file to write. Main thread.
 #pragma once
 

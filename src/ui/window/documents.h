@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The File menu's work: opening, saving and exporting results, with the dialogs around it. Main
 // thread.
 #pragma once

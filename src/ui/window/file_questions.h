@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The person in front of the window, for operations on files: questions, the folder chooser, and a
 // progress dialog that appears when a list takes longer than a moment, with a button that stops
 // between files. Each file is handled on a thread of its own while the window stays alive; what

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the user hands to the program from outside: the words of the command line, those of a second
 // start, and what is dropped on the window. Paths are bytes of the file system. Looks at the disk;
 // main thread.

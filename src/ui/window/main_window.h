@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window: toolbar with the four tabs and the scan controls, menus, the tabs themselves and
 // the status bar. The front end of TDXAppDelegate, which it owns. It holds no scanning logic: what
 // the buttons do is the delegate's. Main thread.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the main window is made of: its actions, menus and toolbar.
 #include <QAction>
 #include <QActionGroup>

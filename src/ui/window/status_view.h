@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The bar along the bottom of the main window: time remaining, counters, progress gauge. Draws what
 // it is given, and says the same to those who do not see it. Main thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One request to the update server, and what to make of its reply. The server's address is a
 // setting, empty by default, and without one nothing is ever sent. Main thread.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Shows the outcome of an update check. Main thread.
 #pragma once
 

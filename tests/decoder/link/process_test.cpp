@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The life of the process: it stays in step with the application, and leaves when told or needed.
 #include <sys/wait.h>
 #include <unistd.h>

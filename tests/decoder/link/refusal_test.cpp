@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What is not to be read is refused with a status, and the process lives on; what is damaged gives
 // what is left of it.
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What is no picture, or a damaged or an impossible one: an answer each time. A crash would show as
 // a failure of the link, which is below 0.
 #include <sys/stat.h>

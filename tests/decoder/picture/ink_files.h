@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Pictures in inks, written byte by byte, so that no library's idea of what a stored value means
 // stands between the test and the file.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "decoder/picture/picture_maker.h"
 
 #include <gtest/gtest.h>

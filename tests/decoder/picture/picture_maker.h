@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Pictures for tests: seeded pixels, plain files written by hand, and files of the formats that the
 // ffmpeg program cannot write, through libvips.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What comes of a picture file: pixels, form, and the record of what is stored.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Every format, made from a known signal: what comes back is that signal, in the type, length and
 // place that the format can keep.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The information record: texts as their writers left them, always valid UTF-8.
 #include "decoder/decoder_test.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Each format that can be written, made by the ffmpeg program with tags of its own: what our writer
 // changes must be what every reader finds afterwards, wherever else the old value lies in the file.
 #include <map>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A decoder that does what the file it opens tells it, right or wrong. The "audio file" or "image"
 // is a script of lines `COMMAND VERB ARGUMENTS…`, where COMMAND is open, close, info, data,
 // image-open, image-close, image-info, image-data, purge, tags-read or tags-write. Each command

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Orders for the library fake_opencl, which stands between the program and the real OpenCL library:
 // a test takes them by dlsym of "g_fakeOpenCL" from the library that the program has opened too.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The real OpenCL library with faults to order. What is not here is found in the library itself,
 // on which this one depends.
 #define CL_TARGET_OPENCL_VERSION 120

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The real window over the real program: real media, decoders, threads and files.
 #include "ui/window/main_window.h"
 
