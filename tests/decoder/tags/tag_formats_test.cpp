@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Each format that can be written, made by the ffmpeg program with tags of its own: what our writer
 // changes must be what every reader finds afterwards, wherever else the old value lies in the file.
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
 #include <map>
 #include <sstream>
+#include <string>
 
 #include "decoder/decoder_test.h"
 #include "decoding/tag_access.h"
