@@ -228,8 +228,11 @@ TEST_F(ResultsViewsTest, AnExportOfManyPicturesCanBeStopped) {
   for (int i = 0; i < 200; ++i) {
     const std::string other = m_results.folder / ("p" + std::to_string(i) + ".png");
     std::filesystem::create_symlink("p.png", other);
-    (void)m_results->ImageDups().LockedAdd(test::Picture(m_results.folder / "p.png", 4000), 0,
-                                           test::Picture(other, 4000), 0, 0.8F, 0.4F);
+    (void)m_results->ImageDups().LockedAdd({test::Picture(m_results.folder / "p.png", 4000),
+                                            test::Picture(other, 4000),
+                                            0,
+                                            0,
+                                            {0.8F, 0.4F}});
   }
   (void)m_results->ImageDups().ProcessNewData();
   const auto image = Make<TDXImageDupsView>();
