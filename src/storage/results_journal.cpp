@@ -2,7 +2,9 @@
 #include "storage/results_journal.h"
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
+#include <utility>
 
 #include "core/system_error.h"
 #include "storage/little_endian.h"
@@ -300,9 +302,16 @@ void CResultsJournal::ChangeAnalysisItem(std::string_view oldPath, std::string_v
 
 template <class... Field>
 void CResultsJournal::Append(uint8_t type, const Field&... fields) {
-  AppendField(type);
+  // A kill may come at any moment: the type, which makes a record of the bytes behind it, is stored
+  // when all of them are there.
+  const uint32_t start = m_position;
+  AppendField(kEnd);
   (AppendField(fields), ...);
   StoreEndMarker();
+  const uint32_t end = std::exchange(m_position, start);
+  std::atomic_signal_fence(std::memory_order_release);
+  AppendField(type);
+  m_position = end;
 }
 
 void CResultsJournal::AppendField(std::string_view text) {
