@@ -82,10 +82,10 @@ inside apt-get update -qq >&2
 inside env DEBIAN_FRONTEND=noninteractive apt-get upgrade -y -qq >/dev/null
 
 echo "== $(git -C "$tree" log -1 --format='%h %s')" >&2
-git clone --quiet --no-hardlinks "$tree" "$root/root/quillmarsh"
+git clone --quiet --no-hardlinks "$tree" "$root/srv/quillmarsh"
 
 echo "== $*" >&2
 status=0
-inside sh -c 'cd /root/quillmarsh && exec "$@"' sh "$@" </dev/null || status=$?
+inside sh -c 'cd /srv/quillmarsh && exec "$@"' sh "$@" </dev/null || status=$?
 echo "== $suite: $* ended with status $status" >&2
 exit "$status"
