@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "decoding/decoder_table.h"
-#include "decoding/image_decoder.h"
 #include "decoding/process_link.h"
+#include "platform/decoded_picture.h"
 #include "ui/images/preview_layout.h"
 #include "ui/widgets/path_text.h"
 
@@ -40,27 +40,6 @@ bool ReadByQt(const std::string& path, int edge, CPreviewLoader::Loaded* loaded)
   loaded->pixels = !pixels.isValid() ? image.size() : turned ? pixels.transposed() : pixels;
   loaded->image = std::move(image);
   return true;
-}
-
-bool ReadByDecoder(const std::string& path, int edge, CProcessLink& link,
-                   CPreviewLoader::Loaded* loaded) {
-  CImageDecoder decoder(link);
-  const uint8_t* pixels = nullptr;
-  wire::ImageData data{};
-  if (decoder.Open(path, 0) != kDecodeOk) return false;
-  const bool read = decoder.GetData(&pixels, &data) == kDecodeOk;
-  if (read) {
-    const QSize size(static_cast<int>(data.width), static_cast<int>(data.height));
-    const QImage whole(
-        pixels, size.width(), size.height(), static_cast<qsizetype>(data.rowStep),
-        data.flags & wire::kImageAlpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
-    loaded->pixels = size;
-    // A copy: the pixels belong to the link.
-    loaded->image =
-        whole.scaled(Fitting(size, edge), Qt::IgnoreAspectRatio, Qt::SmoothTransformation).copy();
-  }
-  (void)decoder.Close();
-  return read;
 }
 
 }  // namespace
@@ -102,8 +81,11 @@ void CPreviewLoader::ThreadBody() {
     }
     auto loaded = std::make_shared<Loaded>();
     loaded->path = work.path;
-    if (!ReadByQt(work.path, work.edge, loaded.get()))
-      (void)ReadByDecoder(work.path, work.edge, link, loaded.get());
+    if (!ReadByQt(work.path, work.edge, loaded.get())) {
+      DecodedPicture decoded = DecodePicture(link, work.path, work.edge);
+      loaded->image = std::move(decoded.image);
+      loaded->pixels = decoded.pixels;
+    }
     m_queue.Post([weak, loaded] {
       const auto self = weak.lock();
       if (!self) return;
