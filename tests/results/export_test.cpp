@@ -5,9 +5,9 @@
 
 #include <algorithm>
 
-#include "core/configuration.h"
 #include "results/html_page.h"
 #include "results/picture_page.h"
+#include "results/result_tables.h"
 #include "storage/report_log.h"
 #include "storage/short_disk.h"
 #include "support/temp_folder.h"
@@ -15,22 +15,19 @@
 namespace quill {
 namespace {
 
-class ExportTest : public testing::Test {
+class ExportTest : public test::CResultTables {
  protected:
   ExportTest() {
-    CConfiguration::Instance().SetStore(&m_settings);
     m_analysis.SetSort(FieldId::kFile, true);
     m_audio.SetSort(FieldId::kFile, true);
   }
-  ~ExportTest() override { CConfiguration::Instance().SetStore(nullptr); }
 
   void AddSounds(const std::string& a, const std::string& b, float tags, float content,
                  float precise) {
-    const auto base = [&](const std::string& path) {
-      return m_audioStore.GetCache({path, "", "", "", 1, 2, 3, 4});
+    const auto sound = [](const std::string& path) {
+      return test::Sound{path, 2, 4, 1, {}, {}, 0};
     };
-    m_audio.LockedAdd({base(a), base(b), 0, 0, {tags, content, precise}});
-    ASSERT_TRUE(m_audio.ProcessNewData());
+    Pair(sound(a), sound(b), {tags, content, precise});
   }
   void AddPictures(const std::string& a, const std::string& b) {
     const auto base = [&](const std::string& path) {
@@ -64,16 +61,6 @@ class ExportTest : public testing::Test {
 
   test::CTempFolder m_folder;
   const std::string m_target = m_folder / "out.txt";
-  CMemorySettingsStore m_settings;
-  CCacheStore m_cache;
-  CScanCounters m_counters;
-  CAudioStore m_audioStore{m_cache, m_counters};
-  CImageStore m_imageStore{m_cache, m_counters};
-  CAnalysisStore m_analysisStore{m_cache};
-  CIgnoreList m_ignores;
-  CAudioDupsController m_audio{m_audioStore, m_ignores};
-  CImageDupsController m_images{m_imageStore, m_ignores};
-  CAudioAnalysisController m_analysis{m_analysisStore, m_ignores};
 };
 
 // A source that knows some pictures.
@@ -121,7 +108,7 @@ TEST_F(ExportTest, SoundsLetterByLetter) {
   m_audio.ToggleGroup(0);
   ASSERT_TRUE(Export(m_audio, m_target, ExportKind::kM3u));
   EXPECT_EQ(test::ReadAll(m_target), "#EXTM3U\r\n/a.mp3\r\n/z.mp3\r\n/ü.mp3\r\n");
-  m_settings.Set("enableFlatMode", true);
+  m_settings.store.Set("enableFlatMode", true);
   ASSERT_TRUE(m_audio.ReloadSettings());
   ASSERT_TRUE(Export(m_audio, m_target, ExportKind::kM3u));
   EXPECT_EQ(test::ReadAll(m_target),
@@ -130,7 +117,7 @@ TEST_F(ExportTest, SoundsLetterByLetter) {
 
 // Groups are what hangs together, by the paths and in any mode of the table.
 TEST_F(ExportTest, APageOfSoundsIsInGroups) {
-  m_settings.Set("enableFlatMode", true);
+  m_settings.store.Set("enableFlatMode", true);
   (void)m_audio.ReloadSettings();
   AddSounds("/m/z.mp3", "/m/c.mp3", 1, -1, 0.12345F);
   AddSounds("/m/b.mp3", "/m/y.mp3", 1, -1, 0.5F);
