@@ -100,11 +100,8 @@ TEST_F(FoldersViewTest, AFolderThatIsAwayStaysInTheListAndComesBack) {
   EXPECT_TRUE(Action("Remove")->isEnabled());
   plug();
   QEvent active(QEvent::WindowActivate);
-  // Again and again: one that comes while an older look is under way is not followed by another.
-  ASSERT_TRUE(QTest::qWaitFor([&] {
-    QCoreApplication::sendEvent(m_view.get(), &active);
-    return row().toString() == "c";
-  }));
+  QCoreApplication::sendEvent(m_view.get(), &active);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return row().toString() == "c"; }));
   ASSERT_TRUE(QTest::qWaitFor([&] { return m_list->model()->rowCount() == 1; }));
   ASSERT_EQ(m_view->UnloadList().size(), 3U);
   EXPECT_EQ(m_view->UnloadList()[2].groupId, 1);
